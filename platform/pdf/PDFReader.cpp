@@ -1,0 +1,52 @@
+#include "platform/pdf/PDFReader.h"
+
+#include "platform/pdf/DescriptorInputSource.h"
+
+#include <exception>
+#include <new>
+#include <stdexcept>
+#include <qpdf/QPDFExc.hh>
+
+namespace quillorn {
+
+namespace {
+
+std::string reasonOf(const QPDFExc& error) {
+    return error.getMessageDetail().empty() ? std::string(error.what()) : error.getMessageDetail();
+}
+
+} // namespace
+
+PDFError currentExceptionAsError(PDFError::Kind kind, const std::filesystem::path& file) {
+    try {
+        throw;
+    } catch (const QPDFExc& error) {
+        const bool password = error.getErrorCode() == qpdf_e_password;
+        return PDFError{password ? PDFError::Kind::locked : kind, file, reasonOf(error)};
+    } catch (const std::bad_alloc&) {
+        return PDFError{PDFError::Kind::tooLarge, file, "there is not enough memory for it"};
+    } catch (const std::length_error&) {
+        return PDFError{PDFError::Kind::tooLarge, file, "there is not enough memory for it"};
+    } catch (const std::exception& error) {
+        return PDFError{kind, file, error.what()};
+    }
+}
+
+PDFResult<std::unique_ptr<PDFReader>> PDFReader::open(const PDFReaderInput& input) {
+    using Result = PDFResult<std::unique_ptr<PDFReader>>;
+    return guardLibrary(PDFError::Kind::notPDF, input.path, [&]() -> Result {
+        auto reader = std::make_unique<PDFReader>();
+        reader->document = std::make_unique<QPDF>();
+        QPDF& document = *reader->document;
+        document.setSuppressWarnings(true);
+        document.processInputSource(std::make_shared<DescriptorInputSource>(
+                                        input.descriptor, input.path.string(), input.size),
+                                    input.password.c_str());
+        const bool inOrder = !document.anyWarnings();
+        reader->pages = std::make_unique<PageTree>(
+            document, inOrder ? PageTree::Reading::lazy : PageTree::Reading::thorough);
+        return reader;
+    });
+}
+
+} // namespace quillorn

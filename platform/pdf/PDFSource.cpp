@@ -1,0 +1,282 @@
+#include "platform/pdf/PDFSource.h"
+
+#include "platform/pdf/PDFReader.h"
+#include "platform/pdf/Passwords.h"
+#include "platform/pdf/TreeEntries.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <limits>
+#include <span>
+#include <string_view>
+#include <utility>
+
+namespace quillorn {
+
+namespace {
+
+constexpr std::size_t headerSearchLength = 1024; // where readers look for "%PDF-"
+constexpr std::size_t labelRangeLimit = 200'000;
+constexpr double largestCoordinate = 1e9;
+
+PDFVersion parseVersion(std::string_view text) {
+    PDFVersion version;
+    if (text.size() >= 3 && std::isdigit(static_cast<unsigned char>(text[0])) != 0 &&
+        text[1] == '.' && std::isdigit(static_cast<unsigned char>(text[2])) != 0) {
+        version.major = text[0] - '0';
+        version.minor = text[2] - '0';
+    }
+    return version;
+}
+
+/// The version in a file's header, for files that cannot be opened yet.
+PDFVersion headerVersion(const FileDescriptor& descriptor, const std::filesystem::path& path) {
+    std::array<char, headerSearchLength> head{};
+    const auto got = readAt(descriptor, path, head, 0);
+    const std::string_view text(head.data(), got ? *got : 0);
+    const std::size_t mark = text.find("%PDF-");
+    return mark == std::string_view::npos ? PDFVersion{} : parseVersion(text.substr(mark + 5));
+}
+
+PDFPermissions permissionsOf(QPDF& document) {
+    PDFPermissions allowed;
+    if (!document.isEncrypted() || document.ownerPasswordMatched()) {
+        return allowed;
+    }
+    allowed.copying = document.allowExtractAll();
+    allowed.printing = document.allowPrintLowRes();
+    allowed.printingHighRes = document.allowPrintHighRes();
+    allowed.accessibility = document.allowAccessibility();
+    allowed.assembly = document.allowModifyAssembly();
+    allowed.formFilling = document.allowModifyForm();
+    allowed.annotating = document.allowModifyAnnotation();
+    allowed.modifying = document.allowModifyOther();
+    return allowed;
+}
+
+/// The box that `value` states, or `fallback` when it states none that makes sense.
+PDFBox boxOf(QPDFObjectHandle value, const PDFBox& fallback) {
+    if (!value.isArray() || value.getArrayNItems() < 4) {
+        return fallback;
+    }
+    std::array<double, 4> edges{};
+    for (int i = 0; i < 4; ++i) {
+        QPDFObjectHandle edge = value.getArrayItem(i);
+        if (!edge.isNumber()) {
+            return fallback;
+        }
+        edges[static_cast<std::size_t>(i)] =
+            std::clamp(edge.getNumericValue(), -largestCoordinate, largestCoordinate);
+    }
+    return PDFBox{std::min(edges[0], edges[2]), std::min(edges[1], edges[3]),
+                  std::max(edges[0], edges[2]), std::max(edges[1], edges[3])};
+}
+
+PDFPageLabelRange::Style labelStyle(QPDFObjectHandle style) {
+    using Style = PDFPageLabelRange::Style;
+    constexpr std::array<std::pair<const char*, Style>, 5> styles{{{"/D", Style::decimal},
+                                                                   {"/R", Style::upperRoman},
+                                                                   {"/r", Style::lowerRoman},
+                                                                   {"/A", Style::upperLetters},
+                                                                   {"/a", Style::lowerLetters}}};
+    for (const auto& [name, value] : styles) {
+        if (style.isNameAndEquals(name)) {
+            return value;
+        }
+    }
+    return Style::none;
+}
+
+PDFPageLabelRange labelRangeOf(std::size_t firstPage, QPDFObjectHandle label) {
+    PDFPageLabelRange range;
+    range.firstPage = firstPage;
+    range.style = labelStyle(label.getKey("/S"));
+    if (QPDFObjectHandle prefix = label.getKey("/P"); prefix.isString()) {
+        range.prefix = prefix.getUTF8Value();
+    }
+    if (QPDFObjectHandle start = label.getKey("/St"); start.isInteger()) {
+        range.firstNumber = static_cast<int>(
+            std::clamp<long long>(start.getIntValue(), 1, std::numeric_limits<int>::max()));
+    }
+    return range;
+}
+
+} // namespace
+
+PDFSource::PDFSource(std::filesystem::path path, std::shared_ptr<const SharedFile> file,
+                     std::string password)
+    : m_path(std::move(path)), m_file(std::move(file)), m_password(std::move(password)) {}
+
+PDFSource::~PDFSource() = default;
+
+PDFResult<std::shared_ptr<const PDFSource>>
+PDFSource::open(const std::filesystem::path& path, const std::optional<SnapshotPolicy>& snapshots) {
+    auto kept = openKept(path, snapshots);
+    if (!kept) {
+        return tl::unexpected(PDFError::unreadable(kept.error()));
+    }
+    if (kept->stamp.size == 0) {
+        return tl::unexpected(PDFError{PDFError::Kind::notPDF, path, "the file is empty"});
+    }
+    auto file = std::make_shared<SharedFile>(
+        SharedFile{std::make_shared<const FileDescriptor>(std::move(kept->descriptor)),
+                   kept->stamp});
+    return openShared(path, std::move(file), std::string());
+}
+
+PDFResult<std::shared_ptr<const PDFSource>>
+PDFSource::openShared(const std::filesystem::path& path, std::shared_ptr<const SharedFile> file,
+                      const std::string& password) {
+    // The constructor is private, so std::make_shared cannot reach it.
+    const std::shared_ptr<PDFSource> source(new PDFSource(path, std::move(file), password));
+    auto reader = PDFReader::open(source->readerInput());
+    // Bytes that changed while they were read explain any complaint about them better.
+    if (auto unchanged = source->verifyUnchanged(); !unchanged) {
+        return tl::unexpected(unchanged.error());
+    }
+    Facts& facts = source->m_facts;
+    if (!reader) {
+        if (reader.error().kind != PDFError::Kind::locked) {
+            return tl::unexpected(std::move(reader.error()));
+        }
+        facts.version = headerVersion(*source->m_file->descriptor, path);
+        facts.encrypted = true;
+        facts.locked = true;
+        facts.permissions = PDFPermissions{false, false, false, false, false, false, false, false};
+        return source;
+    }
+    QPDF& document = *(*reader)->document;
+    facts.version = parseVersion(document.getPDFVersion());
+    facts.encrypted = document.isEncrypted();
+    facts.ownerPasswordMatched = facts.encrypted && document.ownerPasswordMatched();
+    facts.permissions = permissionsOf(document);
+    facts.pageCount = (*reader)->pages->pageCount();
+    for (const QPDFExc& warning : document.getWarnings()) {
+        facts.warnings.push_back(warning.getMessageDetail());
+    }
+    source->m_reader = std::move(*reader);
+    return source;
+}
+
+PDFResult<std::shared_ptr<const PDFSource>>
+PDFSource::unlocked(const std::string& password) const {
+    for (const std::string& candidate : passwordCandidates(password)) {
+        auto opened = openShared(m_path, m_file, candidate);
+        if (!opened) {
+            return opened;
+        }
+        if (!(*opened)->isLocked()) {
+            return opened;
+        }
+    }
+    return tl::unexpected(PDFError{PDFError::Kind::wrongPassword, m_path,
+                                   "the password does not open the file"});
+}
+
+PDFReaderInput PDFSource::readerInput() const {
+    return PDFReaderInput{m_file->descriptor, m_path, m_file->stamp.size, m_password};
+}
+
+PDFResult<void> PDFSource::verifyUnchanged() const {
+    const auto now = FileStamp::of(*m_file->descriptor, m_path);
+    if (!now) {
+        return tl::unexpected(PDFError::unreadable(now.error()));
+    }
+    if (*now != m_file->stamp) {
+        return tl::unexpected(PDFError{PDFError::Kind::changed, m_path,
+                                       "the file was changed while it was open"});
+    }
+    return {};
+}
+
+PDFResult<std::unique_ptr<PDFReader>> PDFSource::takeReader() const {
+    if (auto unchanged = verifyUnchanged(); !unchanged) {
+        return tl::unexpected(unchanged.error());
+    }
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_reader) {
+            return std::move(m_reader);
+        }
+    }
+    return PDFReader::open(readerInput());
+}
+
+void PDFSource::releaseReader() const {
+    const std::lock_guard lock(m_mutex);
+    m_reader.reset();
+}
+
+template <class Answer, class Question>
+PDFResult<Answer> PDFSource::ask(PDFError::Kind kind, Question&& question) const {
+    if (auto unchanged = verifyUnchanged(); !unchanged) {
+        return tl::unexpected(unchanged.error());
+    }
+    const std::lock_guard lock(m_mutex);
+    if (!m_reader) {
+        auto reader = PDFReader::open(readerInput());
+        if (!reader) {
+            return tl::unexpected(std::move(reader.error()));
+        }
+        m_reader = std::move(*reader);
+    }
+    return guardLibrary(kind, m_path,
+                        [&]() -> PDFResult<Answer> { return question(*m_reader); });
+}
+
+PDFResult<PDFPageGeometry> PDFSource::geometry(std::size_t index) const {
+    using Answer = PDFResult<PDFPageGeometry>;
+    if (index >= m_facts.pageCount) {
+        return tl::unexpected(PDFError{PDFError::Kind::damagedPage, m_path,
+                                       "there is no page " + std::to_string(index + 1)});
+    }
+    return ask<PDFPageGeometry>(PDFError::Kind::damagedPage, [&](PDFReader& reader) -> Answer {
+        QPDFObjectHandle page = reader.pages->page(index);
+        if (!page.isInitialized()) {
+            return tl::unexpected(
+                PDFError{PDFError::Kind::damagedPage, m_path,
+                         "page " + std::to_string(index + 1) + " cannot be read"});
+        }
+        PDFPageGeometry geometry;
+        geometry.mediaBox = boxOf(reader.pages->attribute(index, "/MediaBox"), geometry.mediaBox);
+        geometry.cropBox = boxOf(reader.pages->attribute(index, "/CropBox"), geometry.mediaBox);
+        geometry.bleedBox = boxOf(page.getKey("/BleedBox"), geometry.cropBox);
+        geometry.trimBox = boxOf(page.getKey("/TrimBox"), geometry.cropBox);
+        geometry.artBox = boxOf(page.getKey("/ArtBox"), geometry.cropBox);
+        if (QPDFObjectHandle turn = reader.pages->attribute(index, "/Rotate"); turn.isInteger()) {
+            geometry.rotation = static_cast<int>(turn.getIntValue() % 360);
+        }
+        if (QPDFObjectHandle unit = page.getKey("/UserUnit");
+            unit.isNumber() && unit.getNumericValue() > 0) {
+            geometry.userUnit = std::min(unit.getNumericValue(), largestCoordinate);
+        }
+        return geometry;
+    });
+}
+
+PDFResult<std::vector<PDFPageLabelRange>> PDFSource::labelRanges() const {
+    using Answer = PDFResult<std::vector<PDFPageLabelRange>>;
+    if (isLocked()) {
+        return std::vector<PDFPageLabelRange>{};
+    }
+    return ask<std::vector<PDFPageLabelRange>>(
+        PDFError::Kind::damagedPage, [&](PDFReader& reader) -> Answer {
+            std::vector<PDFPageLabelRange> ranges;
+            forEachTreeEntry(reader.document->getRoot().getKey("/PageLabels"), "/Nums",
+                             labelRangeLimit, [&](QPDFObjectHandle key, QPDFObjectHandle value) {
+                                 if (key.isInteger() && key.getIntValue() >= 0 &&
+                                     value.isDictionary()) {
+                                     ranges.push_back(labelRangeOf(
+                                         static_cast<std::size_t>(key.getIntValue()), value));
+                                 }
+                                 return true;
+                             });
+            std::stable_sort(ranges.begin(), ranges.end(), [](const auto& a, const auto& b) {
+                return a.firstPage < b.firstPage;
+            });
+            return ranges;
+        });
+}
+
+} // namespace quillorn

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFObjectHandle.hh>
+#include <vector>
+
+namespace quillorn {
+
+/// The pages of one libqpdf document, found without reading them.
+///
+/// The inner nodes of the tree are read; a node whose stated count equals its number of children
+/// holds only pages, as its first child confirms, so its children are listed by reference and
+/// stay unread until asked for. Files that are not in order (`thorough`) have every child read
+/// instead, loops and entries that are no pages left out. Attributes that pages inherit are
+/// collected on the way down and delivered with each page.
+///
+/// Belongs to the thread of its document.
+class PageTree {
+public:
+    enum class Reading { lazy, thorough };
+
+    /// Attributes that a page may inherit (ISO 32000-1, table 30); null where nothing is stated.
+    struct Inherited {
+        QPDFObjectHandle resources = QPDFObjectHandle::newNull();
+        QPDFObjectHandle mediaBox = QPDFObjectHandle::newNull();
+        QPDFObjectHandle cropBox = QPDFObjectHandle::newNull();
+        QPDFObjectHandle rotate = QPDFObjectHandle::newNull();
+    };
+
+    /// Throws libqpdf's exceptions when the document cannot be read at all.
+    PageTree(QPDF& document, Reading reading);
+
+    [[nodiscard]] std::size_t pageCount() const { return m_leaves.size(); }
+
+    /// The page object itself, an indirect reference that may not have been read yet.
+    [[nodiscard]] QPDFObjectHandle reference(std::size_t index) const;
+
+    /// The page object, read now; not initialised when it turns out to be no page.
+    [[nodiscard]] QPDFObjectHandle page(std::size_t index) const;
+
+    [[nodiscard]] const Inherited& inherited(std::size_t index) const;
+
+    /// An attribute of the page with inheritance applied; null when it is stated nowhere.
+    [[nodiscard]] QPDFObjectHandle attribute(std::size_t index, const char* key) const;
+
+    /// Inner nodes of the tree, the root included. Page objects point back at them.
+    [[nodiscard]] const std::vector<QPDFObjectHandle>& innerNodes() const { return m_nodes; }
+
+private:
+    struct Leaf {
+        QPDFObjectHandle page;
+        std::uint32_t inherited; ///< index into m_inherited
+    };
+    struct Frame;
+
+    void walk(QPDF& document, QPDFObjectHandle root, Reading reading);
+    void enter(QPDF& document, QPDFObjectHandle node, const Inherited& from, Reading reading,
+               std::vector<Frame>& open);
+    void addLeaf(QPDF& document, QPDFObjectHandle page, std::uint32_t inherited);
+    void collectStrayPages(QPDF& document);
+
+    std::vector<QPDFObjectHandle> m_nodes;
+    std::vector<Inherited> m_inherited;
+    std::vector<Leaf> m_leaves;
+};
+
+} // namespace quillorn

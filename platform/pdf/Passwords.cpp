@@ -1,0 +1,46 @@
+#include "platform/pdf/Passwords.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <qpdf/QUtil.hh>
+#include <stringprep.h>
+
+namespace quillorn {
+
+namespace {
+
+struct Free {
+    void operator()(char* text) const { std::free(text); } // NOLINT(cppcoreguidelines-no-malloc)
+};
+
+/// Empty when the text cannot be normalised (it holds characters that SASLprep forbids).
+std::string saslPrepared(const std::string& text) {
+    char* raw = nullptr;
+    if (::stringprep_profile(text.c_str(), &raw, "SASLprep", static_cast<Stringprep_profile_flags>(
+                                                                 0)) != STRINGPREP_OK) {
+        return {};
+    }
+    const std::unique_ptr<char, Free> prepared(raw);
+    return prepared.get();
+}
+
+} // namespace
+
+std::vector<std::string> passwordCandidates(const std::string& typed) {
+    std::vector<std::string> candidates{typed};
+    const auto add = [&candidates](const std::string& candidate) {
+        if (std::find(candidates.begin(), candidates.end(), candidate) == candidates.end()) {
+            candidates.push_back(candidate);
+        }
+    };
+    if (const std::string prepared = saslPrepared(typed); !prepared.empty()) {
+        add(prepared);
+    }
+    for (const std::string& encoded : QUtil::possible_repaired_encodings(typed)) {
+        add(encoded);
+    }
+    return candidates;
+}
+
+} // namespace quillorn

@@ -1,0 +1,37 @@
+#include "platform/pdf/TreeEntries.h"
+
+#include <set>
+#include <vector>
+
+namespace quillorn {
+
+void forEachTreeEntry(QPDFObjectHandle root, const char* leafKey, std::size_t entryLimit,
+                      const std::function<bool(QPDFObjectHandle, QPDFObjectHandle)>& visit) {
+    std::vector<QPDFObjectHandle> pending{std::move(root)};
+    std::set<QPDFObjGen> seen;
+    std::size_t visited = 0;
+    while (!pending.empty()) {
+        QPDFObjectHandle node = pending.back();
+        pending.pop_back();
+        if (!node.isDictionary() || (node.isIndirect() && !seen.insert(node.getObjGen()).second)) {
+            continue;
+        }
+        if (QPDFObjectHandle entries = node.getKey(leafKey); entries.isArray()) {
+            const std::vector<QPDFObjectHandle> items = entries.getArrayAsVector();
+            for (std::size_t i = 0; i + 1 < items.size(); i += 2) {
+                if (++visited > entryLimit || !visit(items[i], items[i + 1])) {
+                    return;
+                }
+            }
+        }
+        if (QPDFObjectHandle kids = node.getKey("/Kids"); kids.isArray()) {
+            const std::vector<QPDFObjectHandle> items = kids.getArrayAsVector();
+            if (pending.size() + items.size() > entryLimit) {
+                return;
+            }
+            pending.insert(pending.end(), items.rbegin(), items.rend());
+        }
+    }
+}
+
+} // namespace quillorn

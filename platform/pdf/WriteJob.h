@@ -1,0 +1,70 @@
+#pragma once
+
+#include "platform/files/ReplacementFile.h"
+#include "platform/pdf/PDFReader.h"
+#include "platform/pdf/PDFWriter.h"
+#include "platform/pdf/WriteProgress.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFObjectHandle.hh>
+#include <vector>
+
+namespace quillorn {
+
+/// One output file in the making.
+///
+/// The pages are taken source by source, whatever their order in the output, so that each source
+/// is read once and its memory is given back before the next. Every output page exists as an
+/// (empty) object before the first source is read: what refers to a page can so be pointed at
+/// the output page right away. A source of which most pages are wanted is not copied at all: its
+/// own libqpdf document becomes the output, with a new catalogue and page tree and the unwanted
+/// pages struck out.
+///
+/// Belongs to one thread; made for one run.
+class WriteJob {
+public:
+    WriteJob(const std::vector<PDFPageReference>& pages, const PDFWriteOptions& options);
+
+    [[nodiscard]] PDFResult<PDFWriteReport> run(const std::filesystem::path& target);
+
+private:
+    struct PageUse {
+        std::size_t output; ///< position in the output
+        std::size_t page;   ///< index in the source
+    };
+    struct SourceUse {
+        std::shared_ptr<const PDFSource> source;
+        std::vector<PageUse> uses;
+        std::size_t differentPages = 0;
+    };
+
+    void planSources();
+    [[nodiscard]] const SourceUse* chooseBase() const;
+    [[nodiscard]] PDFResult<void> beginDocument();
+    [[nodiscard]] PDFResult<void> adoptBase();
+    [[nodiscard]] PDFResult<void> copyPages(const SourceUse& use);
+    [[nodiscard]] PDFResult<void> placePages(const SourceUse& use, const PageTree& tree,
+                                             class ObjectCopier* copier);
+    void addBlankPages();
+    void turn(QPDFObjectHandle page, int addedRotation);
+    void finishDocument();
+    [[nodiscard]] PDFResult<void> verifySources() const;
+    [[nodiscard]] PDFResult<void> writeDocument(ReplacementFile& file,
+                                                const std::filesystem::path& target);
+
+    std::vector<PDFPageReference> m_pages;
+    PDFWriteOptions m_options;
+    WriteProgress m_progress;
+    std::vector<SourceUse> m_sources;
+    const SourceUse* m_base = nullptr; ///< the source whose document became the output, or null
+    std::unique_ptr<PDFReader> m_baseReader;
+    std::unique_ptr<QPDF> m_document;
+    QPDFObjectHandle m_catalog;
+    std::vector<QPDFObjectHandle> m_outputPages;
+    std::uint64_t m_uncompressedBytes = 0;
+};
+
+} // namespace quillorn
