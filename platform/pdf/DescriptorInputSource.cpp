@@ -24,9 +24,12 @@ bool DescriptorInputSource::loadWindow() {
     if (m_offset >= m_size) {
         return false;
     }
-    // Parsing often steps back a little after a jump, so the window starts a bit earlier.
+    // Parsing often steps back a little after a jump, so the window starts a bit earlier then;
+    // reading on past its end is a long stream.
+    const bool readsOn = m_windowLength > 0 && m_offset == m_windowStart + m_windowLength;
     const qpdf_offset_t start =
-        std::max<qpdf_offset_t>(0, m_offset - static_cast<qpdf_offset_t>(windowSize / 8));
+        readsOn ? m_offset
+                : std::max<qpdf_offset_t>(0, m_offset - static_cast<qpdf_offset_t>(windowSize / 8));
     auto got = readAt(*m_descriptor, m_name, m_window, static_cast<std::uint64_t>(start));
     if (!got) {
         throw std::runtime_error(m_name + ": " + got.error().reason);

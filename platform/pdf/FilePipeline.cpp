@@ -8,6 +8,10 @@ namespace {
 
 constexpr std::size_t bufferSize = 256U << 10U;
 
+/// A block of this size is written as it stands: copying it first would cost more than the
+/// system call that it saves.
+constexpr std::size_t directSize = 64U << 10U;
+
 } // namespace
 
 FilePipeline::FilePipeline(ReplacementFile& file, std::stop_token stop)
@@ -17,14 +21,14 @@ FilePipeline::FilePipeline(ReplacementFile& file, std::stop_token stop)
 
 void FilePipeline::write(unsigned char const* data, size_t length) {
     const auto* const bytes = reinterpret_cast<const char*>(data);
-    if (m_buffer.size() + length > bufferSize) {
+    if (m_buffer.size() + length > bufferSize || length >= directSize) {
         flush();
-        if (length >= bufferSize) {
-            if (auto written = m_file.write(std::span(bytes, length)); !written) {
-                throw WriteFailed(written.error());
-            }
-            return;
+    }
+    if (length >= directSize) {
+        if (auto written = m_file.write(std::span(bytes, length)); !written) {
+            throw WriteFailed(written.error());
         }
+        return;
     }
     m_buffer.insert(m_buffer.end(), bytes, bytes + length);
 }
