@@ -105,7 +105,13 @@ def in_parallel(work, items):
             raise
 
 
-def check_each(report, title, names, setup, commands):
+def where_misformatted(problem):
+    """clang-format says every place in four lines; the lines they are in suffice."""
+    lines = dict.fromkeys(re.findall(r"^(.+?:\d+):\d+: error:", problem, re.MULTILINE))
+    return "\n".join(f"{line}: not formatted; clang-format -i mends it" for line in lines) or problem
+
+
+def check_each(report, title, names, setup, commands, shorten=str.rstrip):
     """Runs every command of commands(name) over each file by itself."""
     STORE.mkdir(parents=True, exist_ok=True)
     store = STORE / f"{title}.json"
@@ -127,7 +133,7 @@ def check_each(report, title, names, setup, commands):
     for name, problem in in_parallel(run, todo):
         if problem is not None:
             bad.add(name)
-            report.fail(f"{title}: {name}\n{problem.rstrip()}")
+            report.fail(f"{title}: {name}\n{shorten(problem)}")
     store.write_text(json.dumps(sorted(keys[name] for name in names if name not in bad)))
     report.say(f"{title}: {len(names)} files, {len(todo)} checked now, {len(bad)} with problems")
 
@@ -238,6 +244,7 @@ def main():
         report, "clang-format", sources,
         digest(output("clang-format", "--version"), configuration[".clang-format"]),
         lambda name: [["clang-format", "--dry-run", "-Werror", name]],
+        where_misformatted,
     )
     check_tidy(
         report, sources, digest(output(*TIDY, "--version"), *TIDY, configuration[".clang-tidy"])
