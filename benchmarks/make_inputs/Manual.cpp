@@ -213,20 +213,22 @@ private:
         return "/A << /S /GoTo /D " + literal(name) + " >>";
     }
 
+    std::vector<int> reserveMany(int count) {
+        std::vector<int> numbers(static_cast<std::size_t>(count));
+        for (int& number : numbers) {
+            number = file_.reserve();
+        }
+        return numbers;
+    }
+
     /// Chapters with their sections, spread evenly over the pages. Returns the outline's root.
     int writeOutline() {
         const int root = file_.reserve();
-        std::vector<int> chapters;
-        for (int i = 0; i < plan_.chapters; ++i) {
-            chapters.push_back(file_.reserve());
-        }
+        const std::vector<int> chapters = reserveMany(plan_.chapters);
         const int perChapter = plan_.pages / plan_.chapters;
         for (int chapter = 0; chapter < plan_.chapters; ++chapter) {
             const int number = chapters[static_cast<std::size_t>(chapter)];
-            std::vector<int> sections;
-            for (int i = 0; i < plan_.sectionsPerChapter; ++i) {
-                sections.push_back(file_.reserve());
-            }
+            const std::vector<int> sections = reserveMany(plan_.sectionsPerChapter);
             for (int i = 0; i < plan_.sectionsPerChapter; ++i) {
                 const int page = chapter * perChapter + i * perChapter / plan_.sectionsPerChapter;
                 writeOutlineItem(sections, i, number, page, "");

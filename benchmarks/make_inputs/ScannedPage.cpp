@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <stdexcept>
+#include <memory>
 #include <vector>
 
 #include <jpeglib.h>
@@ -136,10 +136,10 @@ std::string encoded(const Plane& plane, bool grey, int quality) {
         jpeg_write_scanlines(&job, &start, 1);
     }
     jpeg_finish_compress(&job);
-    std::string result(data, data + size);
     jpeg_destroy_compress(&job);
-    std::free(data); // NOLINT(cppcoreguidelines-no-malloc): libjpeg allocated it so
-    return result;
+    // libjpeg took the block from malloc and leaves it to the caller.
+    const std::unique_ptr<unsigned char, decltype(&std::free)> owner(data, &std::free);
+    return {data, data + size};
 }
 
 } // namespace

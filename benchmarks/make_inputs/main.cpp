@@ -82,19 +82,22 @@ std::vector<Input> inputs() {
 }
 
 void makeInputs(const Path& folder) {
-    std::filesystem::create_directories(folder);
+    const Path making = folder / "making"; // whoever reads the folder meets whole files only
+    std::filesystem::create_directories(making);
     const Path manifestPath = folder / "manifest.json";
     std::filesystem::remove(manifestPath);
     std::string manifest;
     for (const Input& input : inputs()) {
         const Path path = folder / input.name;
-        input.write(path);
+        input.write(making / input.name);
+        std::filesystem::rename(making / input.name, path);
         std::cout << input.name << ": " << input.pages << " pages, "
                   << std::filesystem::file_size(path) << " bytes\n";
         manifest += (manifest.empty() ? "{\n" : ",\n");
         manifest += "  \"" + input.name + "\": {\"pages\": " + std::to_string(input.pages) +
                     ", \"marker\": \"" + input.marker + "\"}";
     }
+    std::filesystem::remove(making);
     std::ofstream out(manifestPath);
     out << manifest << "\n}\n";
     out.close();
