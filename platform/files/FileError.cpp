@@ -5,7 +5,9 @@
 
 namespace quillorn {
 
-std::string errnoText(int errnoValue) { return std::generic_category().message(errnoValue); }
+std::string errnoText(int errnoValue) {
+    return std::generic_category().message(errnoValue);
+}
 
 FileError FileError::fromErrno(std::filesystem::path file, int errnoValue,
                                const std::string& what) {

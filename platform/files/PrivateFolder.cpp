@@ -21,7 +21,9 @@ constexpr const char* lockName = ".lock";
 /// A folder whose lock file is not there yet may be in the making by another process.
 constexpr std::time_t secondsToMakeAFolder = 60;
 
-std::string folderPrefix() { return "quillorn-folivane-" + std::to_string(::geteuid()) + "-"; }
+std::string folderPrefix() {
+    return "quillorn-folivane-" + std::to_string(::geteuid()) + "-";
+}
 
 bool isAbandoned(const fs::path& folder) {
     struct stat status {};
@@ -29,8 +31,7 @@ bool isAbandoned(const fs::path& folder) {
         status.st_uid != ::geteuid()) {
         return false;
     }
-    const FileDescriptor lock(
-        ::open((folder / lockName).c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
+    const FileDescriptor lock(::open((folder / lockName).c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
     if (lock.isOpen()) {
         return ::flock(lock.get(), LOCK_EX | LOCK_NB) == 0;
     }

@@ -97,9 +97,12 @@ FileResult<ReplacementFile> ReplacementFile::create(const fs::path& target) {
 ReplacementFile::ReplacementFile(ReplacementFile&& other) noexcept
     : m_target(std::move(other.m_target)),
       m_temporaryName(std::exchange(other.m_temporaryName, fs::path())),
-      m_descriptor(std::move(other.m_descriptor)), m_replaces(other.m_replaces),
-      m_replacedMode(other.m_replacedMode), m_replacedOwner(other.m_replacedOwner),
-      m_replacedGroup(other.m_replacedGroup), m_bytesWritten(other.m_bytesWritten),
+      m_descriptor(std::move(other.m_descriptor)),
+      m_replaces(other.m_replaces),
+      m_replacedMode(other.m_replacedMode),
+      m_replacedOwner(other.m_replacedOwner),
+      m_replacedGroup(other.m_replacedGroup),
+      m_bytesWritten(other.m_bytesWritten),
       m_bytesOnTheWay(other.m_bytesOnTheWay) {}
 
 ReplacementFile::~ReplacementFile() {
@@ -193,8 +196,8 @@ FileResult<void> ReplacementFile::keepOwnerAndMode() {
 FileResult<void> ReplacementFile::moveOntoTarget() {
     if (m_temporaryName.empty()) {
         const std::string self = selfDescriptorPath(m_descriptor);
-        if (!m_replaces && ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, m_target.c_str(),
-                                    AT_SYMLINK_FOLLOW) == 0) {
+        if (!m_replaces &&
+            ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, m_target.c_str(), AT_SYMLINK_FOLLOW) == 0) {
             return {};
         }
         const fs::path name = folderOf(m_target) / freshTemporaryName();

@@ -17,8 +17,10 @@ constexpr std::size_t windowSize = 16U << 10U;
 
 DescriptorInputSource::DescriptorInputSource(std::shared_ptr<const FileDescriptor> descriptor,
                                              std::string name, std::uint64_t size)
-    : m_descriptor(std::move(descriptor)), m_name(std::move(name)),
-      m_size(static_cast<qpdf_offset_t>(size)), m_window(windowSize) {}
+    : m_descriptor(std::move(descriptor)),
+      m_name(std::move(name)),
+      m_size(static_cast<qpdf_offset_t>(size)),
+      m_window(windowSize) {}
 
 bool DescriptorInputSource::loadWindow() {
     if (m_offset >= m_size) {
@@ -77,8 +79,7 @@ size_t DescriptorInputSource::read(char* destination, size_t length) {
     size_t done = 0;
     while (done < length) {
         if (windowCovers(m_offset)) {
-            const size_t available =
-                static_cast<size_t>(m_windowStart + m_windowLength - m_offset);
+            const size_t available = static_cast<size_t>(m_windowStart + m_windowLength - m_offset);
             const size_t step = std::min(available, length - done);
             std::memcpy(destination + done, m_window.data() + (m_offset - m_windowStart), step);
             m_offset += static_cast<qpdf_offset_t>(step);

@@ -33,7 +33,9 @@ void FilePipeline::write(unsigned char const* data, size_t length) {
     m_buffer.insert(m_buffer.end(), bytes, bytes + length);
 }
 
-void FilePipeline::finish() { flush(); }
+void FilePipeline::finish() {
+    flush();
+}
 
 void FilePipeline::flush() {
     if (m_stop.stop_requested()) {

@@ -42,9 +42,13 @@ void PDFDocument::takeAllPagesOf(std::shared_ptr<const PDFSource> source) {
     }
 }
 
-bool PDFDocument::allowsCopying() const { return !m_source || m_source->permissions().copying; }
+bool PDFDocument::allowsCopying() const {
+    return !m_source || m_source->permissions().copying;
+}
 
-bool PDFDocument::allowsPrinting() const { return !m_source || m_source->permissions().printing; }
+bool PDFDocument::allowsPrinting() const {
+    return !m_source || m_source->permissions().printing;
+}
 
 PDFResult<void> PDFDocument::unlockWithPassword(const std::string& password) {
     if (!m_source) {

@@ -4,7 +4,9 @@
 
 namespace quillorn {
 
-PDFPage::PDFPage() { m_reference.blankSize = defaultPaperSize(); }
+PDFPage::PDFPage() {
+    m_reference.blankSize = defaultPaperSize();
+}
 
 int PDFPage::sourceRotation() const {
     if (!m_reference.source) {
@@ -14,9 +16,13 @@ int PDFPage::sourceRotation() const {
     return geometry ? geometry->rotation : 0;
 }
 
-int PDFPage::rotation() const { return sourceRotation() + m_reference.addedRotation; }
+int PDFPage::rotation() const {
+    return sourceRotation() + m_reference.addedRotation;
+}
 
-void PDFPage::setRotation(int degrees) { m_reference.addedRotation = degrees - sourceRotation(); }
+void PDFPage::setRotation(int degrees) {
+    m_reference.addedRotation = degrees - sourceRotation();
+}
 
 PDFResult<PDFPageGeometry> PDFPage::geometry() const {
     if (!m_reference.source) {

@@ -4,8 +4,8 @@
 
 #include <exception>
 #include <new>
-#include <stdexcept>
 #include <qpdf/QPDFExc.hh>
+#include <stdexcept>
 
 namespace quillorn {
 
@@ -43,8 +43,8 @@ PDFResult<std::unique_ptr<PDFReader>> PDFReader::open(const PDFReaderInput& inpu
                                         input.descriptor, input.path.string(), input.size),
                                     input.password.c_str());
         const bool inOrder = !document.anyWarnings();
-        reader->pages = std::make_unique<PageTree>(
-            document, inOrder ? PageTree::Reading::lazy : PageTree::Reading::thorough);
+        reader->pages = std::make_unique<PageTree>(document, inOrder ? PageTree::Reading::lazy
+                                                                     : PageTree::Reading::thorough);
         return reader;
     });
 }

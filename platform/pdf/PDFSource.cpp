@@ -1,13 +1,12 @@
 #include "platform/pdf/PDFSource.h"
 
+#include "platform/pdf/LabelRanges.h"
 #include "platform/pdf/PDFReader.h"
 #include "platform/pdf/Passwords.h"
-#include "platform/pdf/TreeEntries.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <limits>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -17,7 +16,6 @@ namespace quillorn {
 namespace {
 
 constexpr std::size_t headerSearchLength = 1024; // where readers look for "%PDF-"
-constexpr std::size_t labelRangeLimit = 200'000;
 constexpr double largestCoordinate = 1e9;
 
 PDFVersion parseVersion(std::string_view text) {
@@ -73,35 +71,6 @@ PDFBox boxOf(QPDFObjectHandle value, const PDFBox& fallback) {
                   std::max(edges[0], edges[2]), std::max(edges[1], edges[3])};
 }
 
-PDFPageLabelRange::Style labelStyle(QPDFObjectHandle style) {
-    using Style = PDFPageLabelRange::Style;
-    constexpr std::array<std::pair<const char*, Style>, 5> styles{{{"/D", Style::decimal},
-                                                                   {"/R", Style::upperRoman},
-                                                                   {"/r", Style::lowerRoman},
-                                                                   {"/A", Style::upperLetters},
-                                                                   {"/a", Style::lowerLetters}}};
-    for (const auto& [name, value] : styles) {
-        if (style.isNameAndEquals(name)) {
-            return value;
-        }
-    }
-    return Style::none;
-}
-
-PDFPageLabelRange labelRangeOf(std::size_t firstPage, QPDFObjectHandle label) {
-    PDFPageLabelRange range;
-    range.firstPage = firstPage;
-    range.style = labelStyle(label.getKey("/S"));
-    if (QPDFObjectHandle prefix = label.getKey("/P"); prefix.isString()) {
-        range.prefix = prefix.getUTF8Value();
-    }
-    if (QPDFObjectHandle start = label.getKey("/St"); start.isInteger()) {
-        range.firstNumber = static_cast<int>(
-            std::clamp<long long>(start.getIntValue(), 1, std::numeric_limits<int>::max()));
-    }
-    return range;
-}
-
 } // namespace
 
 PDFSource::PDFSource(std::filesystem::path path, std::shared_ptr<const SharedFile> file,
@@ -119,9 +88,8 @@ PDFSource::open(const std::filesystem::path& path, const std::optional<SnapshotP
     if (kept->stamp.size == 0) {
         return tl::unexpected(PDFError{PDFError::Kind::notPDF, path, "the file is empty"});
     }
-    auto file = std::make_shared<SharedFile>(
-        SharedFile{std::make_shared<const FileDescriptor>(std::move(kept->descriptor)),
-                   kept->stamp});
+    auto file = std::make_shared<SharedFile>(SharedFile{
+        std::make_shared<const FileDescriptor>(std::move(kept->descriptor)), kept->stamp});
     return openShared(path, std::move(file), std::string());
 }
 
@@ -159,8 +127,7 @@ PDFSource::openShared(const std::filesystem::path& path, std::shared_ptr<const S
     return source;
 }
 
-PDFResult<std::shared_ptr<const PDFSource>>
-PDFSource::unlocked(const std::string& password) const {
+PDFResult<std::shared_ptr<const PDFSource>> PDFSource::unlocked(const std::string& password) const {
     for (const std::string& candidate : passwordCandidates(password)) {
         auto opened = openShared(m_path, m_file, candidate);
         if (!opened) {
@@ -170,8 +137,8 @@ PDFSource::unlocked(const std::string& password) const {
             return opened;
         }
     }
-    return tl::unexpected(PDFError{PDFError::Kind::wrongPassword, m_path,
-                                   "the password does not open the file"});
+    return tl::unexpected(
+        PDFError{PDFError::Kind::wrongPassword, m_path, "the password does not open the file"});
 }
 
 PDFReaderInput PDFSource::readerInput() const {
@@ -184,8 +151,8 @@ PDFResult<void> PDFSource::verifyUnchanged() const {
         return tl::unexpected(PDFError::unreadable(now.error()));
     }
     if (*now != m_file->stamp) {
-        return tl::unexpected(PDFError{PDFError::Kind::changed, m_path,
-                                       "the file was changed while it was open"});
+        return tl::unexpected(
+            PDFError{PDFError::Kind::changed, m_path, "the file was changed while it was open"});
     }
     return {};
 }
@@ -221,8 +188,7 @@ PDFResult<Answer> PDFSource::ask(PDFError::Kind kind, Question&& question) const
         }
         m_reader = std::move(*reader);
     }
-    return guardLibrary(kind, m_path,
-                        [&]() -> PDFResult<Answer> { return question(*m_reader); });
+    return guardLibrary(kind, m_path, [&]() -> PDFResult<Answer> { return question(*m_reader); });
 }
 
 PDFResult<PDFPageGeometry> PDFSource::geometry(std::size_t index) const {
@@ -262,20 +228,7 @@ PDFResult<std::vector<PDFPageLabelRange>> PDFSource::labelRanges() const {
     }
     return ask<std::vector<PDFPageLabelRange>>(
         PDFError::Kind::damagedPage, [&](PDFReader& reader) -> Answer {
-            std::vector<PDFPageLabelRange> ranges;
-            forEachTreeEntry(reader.document->getRoot().getKey("/PageLabels"), "/Nums",
-                             labelRangeLimit, [&](QPDFObjectHandle key, QPDFObjectHandle value) {
-                                 if (key.isInteger() && key.getIntValue() >= 0 &&
-                                     value.isDictionary()) {
-                                     ranges.push_back(labelRangeOf(
-                                         static_cast<std::size_t>(key.getIntValue()), value));
-                                 }
-                                 return true;
-                             });
-            std::stable_sort(ranges.begin(), ranges.end(), [](const auto& a, const auto& b) {
-                return a.firstPage < b.firstPage;
-            });
-            return ranges;
+            return readLabelRanges(reader.document->getRoot().getKey("/PageLabels"));
         });
 }
 

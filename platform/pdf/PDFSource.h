@@ -29,8 +29,8 @@ struct PDFVersion {
 /// What an encrypted file allows whoever opened it; everything when it is not encrypted or was
 /// opened with the owner's password.
 struct PDFPermissions {
-    bool copying = true;         ///< text and graphics may be taken out
-    bool printing = true;        ///< at least at low resolution
+    bool copying = true;  ///< text and graphics may be taken out
+    bool printing = true; ///< at least at low resolution
     bool printingHighRes = true;
     bool accessibility = true;
     bool assembly = true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/pdf/CarryNotes.h"
 #include "platform/pdf/PDFError.h"
 #include "platform/pdf/PDFPage.h"
 
@@ -31,17 +32,23 @@ struct PDFWriteOptions {
     PDFWriteObserver* observer = nullptr; ///< not owned; outlives the call
     std::stop_token stop;                 ///< cancels at the next page or block of bytes
     WhenEmpty whenEmpty = WhenEmpty::oneBlankPage;
+    std::string title;        ///< of an output with pages of several files, UTF-8; empty: the
+                              ///< target's name without its extension
+    bool flatOutline = false; ///< merge the outlines of several files without entries for the files
 };
 
 struct PDFWriteReport {
     std::filesystem::path file;
     std::size_t pages = 0;
     std::uint64_t bytes = 0;
+    std::vector<PDFCarryNote> notes; ///< what could not be carried along as it was
 };
 
 /// Writes pages, in this order, as one PDF. The file of that name is replaced only by a complete
 /// one (ReplacementFile.h): after an error or a cancel it is as it was. Pages may come from the
-/// very file that is replaced. Encrypted sources come out unencrypted.
+/// very file that is replaced. Encrypted sources come out unencrypted. What pages carry goes with
+/// them: links, outline entries, form fields, labels, attachments, layers, article threads and
+/// the description of the document, as far as the chosen pages allow; see docs/ARCHITECTURE.md.
 ///
 /// Any thread; different outputs may be written at the same time, from shared sources too.
 /// Errors: cannotWrite, cancelled, changed, damagedPage, tooLarge, unreadable.

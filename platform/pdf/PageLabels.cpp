@@ -75,8 +75,8 @@ std::string pageLabelText(const std::vector<PDFPageLabelRange>& ranges, std::siz
     }
     const PDFPageLabelRange& range = *std::prev(after);
     const auto offset = static_cast<long long>(page - range.firstPage);
-    const long long number = std::min<long long>(range.firstNumber + offset,
-                                                 std::numeric_limits<int>::max());
+    const long long number =
+        std::min<long long>(range.firstNumber + offset, std::numeric_limits<int>::max());
     return range.prefix + pageNumberText(range.style, static_cast<int>(number));
 }
 

@@ -129,7 +129,9 @@ void PageTree::collectStrayPages(QPDF& document) {
     }
 }
 
-QPDFObjectHandle PageTree::reference(std::size_t index) const { return m_leaves.at(index).page; }
+QPDFObjectHandle PageTree::reference(std::size_t index) const {
+    return m_leaves.at(index).page;
+}
 
 QPDFObjectHandle PageTree::page(std::size_t index) const {
     QPDFObjectHandle page = m_leaves.at(index).page;

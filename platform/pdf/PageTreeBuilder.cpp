@@ -40,13 +40,12 @@ QPDFObjectHandle buildPageTree(QPDF& document, const std::vector<QPDFObjectHandl
     }
     do {
         std::vector<Branch> above;
-        for (std::size_t start = 0; start < level.size() || start == 0;
-             start += childrenPerNode) {
+        for (std::size_t start = 0; start < level.size() || start == 0; start += childrenPerNode) {
             const std::size_t end = std::min(start + childrenPerNode, level.size());
             Branch node{};
-            node.object = makeNode(document, level.begin() + static_cast<std::ptrdiff_t>(start),
-                                   level.begin() + static_cast<std::ptrdiff_t>(end),
-                                   node.pageCount);
+            node.object =
+                makeNode(document, level.begin() + static_cast<std::ptrdiff_t>(start),
+                         level.begin() + static_cast<std::ptrdiff_t>(end), node.pageCount);
             above.push_back(node);
         }
         level = std::move(above);

@@ -17,8 +17,8 @@ struct Free {
 /// Empty when the text cannot be normalised (it holds characters that SASLprep forbids).
 std::string saslPrepared(const std::string& text) {
     char* raw = nullptr;
-    if (::stringprep_profile(text.c_str(), &raw, "SASLprep", static_cast<Stringprep_profile_flags>(
-                                                                 0)) != STRINGPREP_OK) {
+    if (::stringprep_profile(text.c_str(), &raw, "SASLprep",
+                             static_cast<Stringprep_profile_flags>(0)) != STRINGPREP_OK) {
         return {};
     }
     const std::unique_ptr<char, Free> prepared(raw);

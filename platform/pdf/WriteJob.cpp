@@ -4,6 +4,7 @@
 #include "platform/pdf/ObjectCopier.h"
 #include "platform/pdf/PageTreeBuilder.h"
 #include "platform/pdf/PaperSize.h"
+#include "platform/pdf/ResourcePruner.h"
 
 #include <algorithm>
 #include <map>
@@ -27,34 +28,13 @@ constexpr double shareToAdopt = 0.7;
 /// libqpdf takes a slower road for every stream then, so scraps are left as they are.
 constexpr std::uint64_t uncompressedBytesWorthCompressing = 64U << 10U;
 
-constexpr const char* producer = "Quillorn Folivane";
-
 QPDFObjectHandle blankPage(const PDFSize& size) {
     QPDFObjectHandle page = QPDFObjectHandle::newDictionary();
     page.replaceKey("/Type", QPDFObjectHandle::newName("/Page"));
-    page.replaceKey("/MediaBox", QPDFObjectHandle::newArray(QPDFObjectHandle::Rectangle(
-                                     0, 0, size.width, size.height)));
+    page.replaceKey("/MediaBox", QPDFObjectHandle::newArray(
+                                     QPDFObjectHandle::Rectangle(0, 0, size.width, size.height)));
     page.replaceKey("/Resources", QPDFObjectHandle::newDictionary());
     return page;
-}
-
-/// A page's own entries and those that it inherits, without its place in the old tree.
-std::map<std::string, QPDFObjectHandle> pageEntries(QPDFObjectHandle page,
-                                                    const PageTree::Inherited& inherited) {
-    std::map<std::string, QPDFObjectHandle> entries = page.getDictAsMap();
-    entries.erase("/Parent");
-    const auto inherit = [&entries](const char* key, QPDFObjectHandle value) {
-        if (!value.isNull() && (!entries.contains(key) || entries[key].isNull())) {
-            // Direct values are copied: pages that shared one must not change together.
-            entries[key] = value.isIndirect() ? value : value.shallowCopy();
-        }
-    };
-    inherit("/Resources", inherited.resources);
-    inherit("/MediaBox", inherited.mediaBox);
-    inherit("/CropBox", inherited.cropBox);
-    inherit("/Rotate", inherited.rotate);
-    entries["/Type"] = QPDFObjectHandle::newName("/Page");
-    return entries;
 }
 
 std::uint64_t uncompressedBytesIn(QPDF& document) {
@@ -77,7 +57,10 @@ PDFError cancelled(const std::filesystem::path& file) {
 } // namespace
 
 WriteJob::WriteJob(const std::vector<PDFPageReference>& pages, const PDFWriteOptions& options)
-    : m_pages(pages), m_options(options), m_progress(options.observer, pages.size()) {
+    : m_pages(pages),
+      m_options(options),
+      m_progress(options.observer, pages.size()),
+      m_catalog(std::max<std::size_t>(1, pages.size())) {
     if (m_pages.empty() && m_options.whenEmpty == PDFWriteOptions::WhenEmpty::oneBlankPage) {
         m_pages.push_back(PDFPageReference{nullptr, 0, 0, defaultPaperSize()});
         m_progress = WriteProgress(options.observer, m_pages.size());
@@ -91,12 +74,12 @@ PDFResult<PDFWriteReport> WriteJob::run(const std::filesystem::path& target) {
     }
     m_progress.begin();
     planSources();
-    PDFResult<void> done = guardLibrary(PDFError::Kind::cannotWrite, target,
-                                        [this]() { return beginDocument(); });
+    PDFResult<void> done =
+        guardLibrary(PDFError::Kind::cannotWrite, target, [this]() { return beginDocument(); });
     for (const SourceUse& use : m_sources) {
         if (done && &use != m_base) {
             done = guardLibrary(PDFError::Kind::damagedPage, use.source->path(),
-                                [&]() { return copyPages(use); });
+                                [&]() { return addSource(use); });
         }
     }
     if (done) {
@@ -117,7 +100,7 @@ PDFResult<PDFWriteReport> WriteJob::run(const std::filesystem::path& target) {
         return tl::unexpected(PDFError::cannotWrite(committed.error()));
     }
     m_progress.end();
-    return PDFWriteReport{target, m_pages.size(), file->bytesWritten()};
+    return PDFWriteReport{target, m_pages.size(), file->bytesWritten(), m_notes.take()};
 }
 
 void WriteJob::planSources() {
@@ -174,7 +157,7 @@ PDFResult<void> WriteJob::beginDocument() {
     }
     addBlankPages();
     if (m_base != nullptr) {
-        return placePages(*m_base, *m_baseReader->pages, nullptr);
+        return placeSource(*m_base, *m_document, *m_baseReader->pages, nullptr);
     }
     return {};
 }
@@ -210,7 +193,7 @@ PDFResult<void> WriteJob::adoptBase() {
     return {};
 }
 
-PDFResult<void> WriteJob::copyPages(const SourceUse& use) {
+PDFResult<void> WriteJob::addSource(const SourceUse& use) {
     auto reader = use.source->takeReader();
     if (!reader) {
         return tl::unexpected(std::move(reader.error()));
@@ -223,51 +206,101 @@ PDFResult<void> WriteJob::copyPages(const SourceUse& use) {
     for (const QPDFObjectHandle& node : tree.innerNodes()) {
         copier.redirect(node.getObjGen(), QPDFObjectHandle::newNull());
     }
-    // The first copy of a page stands for it; later ones are reached by their position only.
-    for (auto page = use.uses.rbegin(); page != use.uses.rend(); ++page) {
-        copier.redirect(tree.reference(page->page).getObjGen(), m_outputPages[page->output]);
-    }
-    auto placed = placePages(use, tree, &copier);
+    auto placed = placeSource(use, *(*reader)->document, tree, &copier);
     m_uncompressedBytes += copier.uncompressedBytes();
     return placed;
 }
 
-PDFResult<void> WriteJob::placePages(const SourceUse& use, const PageTree& tree,
-                                     ObjectCopier* copier) {
-    std::unordered_map<std::size_t, std::size_t> firstOutput; // by source page
-    std::vector<std::pair<std::size_t, std::size_t>> repeats; // output, output that it repeats
-    for (const PageUse& page : use.uses) {
-        if (m_options.stop.stop_requested()) {
-            return tl::unexpected(cancelled(use.source->path()));
+PDFResult<void> WriteJob::placeSource(const SourceUse& use, QPDF& source, const PageTree& tree,
+                                      ObjectCopier* copier) {
+    const SourcePages pages(tree, use.uses, m_outputPages);
+    if (copier != nullptr) {
+        for (const std::size_t page : pages.kept()) {
+            copier->redirect(tree.reference(page).getObjGen(), pages.outputPage(page));
         }
-        const auto [first, isNew] = firstOutput.try_emplace(page.page, page.output);
-        if (!isNew) {
-            repeats.emplace_back(page.output, first->second);
-            continue;
-        }
-        QPDFObjectHandle object = tree.page(page.page);
-        if (!object.isInitialized() || object.hasKey("/Kids")) {
-            return tl::unexpected(
-                PDFError{PDFError::Kind::damagedPage, use.source->path(),
-                         "page " + std::to_string(page.page + 1) + " cannot be read"});
-        }
-        auto entries = pageEntries(object, tree.inherited(page.page));
-        if (copier != nullptr) {
-            entries = copier->copyEntries(std::move(entries));
-        }
-        m_document->replaceObject(m_outputPages[page.output].getObjGen(),
-                                  QPDFObjectHandle::newDictionary(entries));
-        m_progress.pageCollected();
     }
-    for (const auto& [output, original] : repeats) {
-        m_document->replaceObject(m_outputPages[output].getObjGen(),
-                                  m_outputPages[original].shallowCopy());
-        m_progress.pageCollected();
+    CarryContext context{use.source->path(),   source, *m_document, pages, copier, m_notes,
+                         m_sources.size() == 1};
+    m_catalog.prepare(context);
+    if (auto placed = placePages(context, tree); !placed) {
+        return placed;
     }
+    placeRepeats(pages);
+    m_catalog.collect(context, m_outputPages);
     for (const PageUse& page : use.uses) {
         turn(m_outputPages[page.output], m_pages[page.output].addedRotation);
     }
     return {};
+}
+
+PDFResult<void> WriteJob::placePages(const CarryContext& context, const PageTree& tree) {
+    const std::vector<std::size_t>& kept = context.pages.kept();
+    std::vector<QPDFObjectHandle> objects;
+    std::vector<QPDFObjectHandle> resources;
+    for (const std::size_t page : kept) {
+        objects.push_back(tree.page(page));
+        if (!objects.back().isInitialized() || objects.back().hasKey("/Kids")) {
+            return tl::unexpected(PDFError{PDFError::Kind::damagedPage, context.file,
+                                           "page " + std::to_string(page + 1) + " cannot be read"});
+        }
+        resources.push_back(tree.attribute(page, "/Resources"));
+    }
+    if (kept.size() < tree.pageCount()) {
+        resources = pruneResources(objects, resources);
+    }
+    m_placedResources.clear();
+    for (std::size_t i = 0; i < kept.size(); ++i) {
+        if (m_options.stop.stop_requested()) {
+            return tl::unexpected(cancelled(context.file));
+        }
+        std::map<std::string, QPDFObjectHandle> entries = objects[i].getDictAsMap();
+        entries.erase("/Parent");
+        const bool ownResources =
+            resources[i].getObjectPtr() == objects[i].getKey("/Resources").getObjectPtr();
+        if (!ownResources) {
+            entries.erase("/Resources");
+        }
+        for (const char* key : {"/MediaBox", "/CropBox", "/Rotate"}) {
+            if (QPDFObjectHandle value = tree.attribute(kept[i], key); !value.isNull()) {
+                entries[key] = value;
+            }
+        }
+        entries["/Type"] = QPDFObjectHandle::newName("/Page");
+        if (context.copier != nullptr) {
+            entries = context.copier->copyEntries(std::move(entries));
+        }
+        if (!ownResources && !resources[i].isNull()) {
+            entries["/Resources"] = placeResources(context, resources[i]);
+        }
+        m_document->replaceObject(context.pages.outputPage(kept[i]).getObjGen(),
+                                  QPDFObjectHandle::newDictionary(entries));
+        m_progress.pageCollected();
+    }
+    return {};
+}
+
+QPDFObjectHandle WriteJob::placeResources(const CarryContext& context, QPDFObjectHandle resources) {
+    QPDFObjectHandle& placed = m_placedResources[resources.getObjectPtr()];
+    if (!placed.isInitialized()) {
+        placed = context.carried(resources);
+        if (!placed.isIndirect()) {
+            placed = m_document->makeIndirectObject(placed);
+        }
+    }
+    return placed;
+}
+
+void WriteJob::placeRepeats(const SourcePages& pages) {
+    for (const std::size_t page : pages.kept()) {
+        for (const std::size_t output : pages.outputs(page)) {
+            if (output != pages.firstOutput(page)) {
+                m_document->replaceObject(m_outputPages[output].getObjGen(),
+                                          pages.outputPage(page).shallowCopy());
+                m_outputPages[output].removeKey("/B"); // a bead stands on one page
+                m_progress.pageCollected();
+            }
+        }
+    }
 }
 
 void WriteJob::addBlankPages() {
@@ -291,15 +324,13 @@ void WriteJob::turn(QPDFObjectHandle page, int addedRotation) {
     page.replaceKey("/Rotate", QPDFObjectHandle::newInteger(after));
 }
 
-void WriteJob::finishDocument() {
-    QPDFObjectHandle catalog = QPDFObjectHandle::newDictionary();
-    catalog.replaceKey("/Type", QPDFObjectHandle::newName("/Catalog"));
-    catalog.replaceKey("/Pages", buildPageTree(*m_document, m_outputPages));
+void WriteJob::finishDocument(const std::filesystem::path& target) {
+    const CatalogBuilder::Choices choices{
+        m_options.title.empty() ? target.stem().string() : m_options.title, m_options.flatOutline};
+    QPDFObjectHandle catalog =
+        m_catalog.finish(*m_document, buildPageTree(*m_document, m_outputPages), choices, m_notes);
     QPDFObjectHandle trailer = m_document->getTrailer();
-    trailer.replaceKey("/Root", m_document->makeIndirectObject(catalog));
-    QPDFObjectHandle info = QPDFObjectHandle::newDictionary();
-    info.replaceKey("/Producer", QPDFObjectHandle::newString(producer));
-    trailer.replaceKey("/Info", m_document->makeIndirectObject(info));
+    trailer.replaceKey("/Root", catalog);
     trailer.removeKey("/ID"); // this is a new document
 }
 
@@ -314,7 +345,7 @@ PDFResult<void> WriteJob::verifySources() const {
 
 PDFResult<void> WriteJob::writeDocument(ReplacementFile& file,
                                         const std::filesystem::path& target) {
-    finishDocument();
+    finishDocument(target);
     if (m_base != nullptr) {
         m_uncompressedBytes += uncompressedBytesIn(*m_document);
     }

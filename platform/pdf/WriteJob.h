@@ -1,12 +1,16 @@
 #pragma once
 
 #include "platform/files/ReplacementFile.h"
+#include "platform/pdf/CarryContext.h"
+#include "platform/pdf/CatalogBuilder.h"
 #include "platform/pdf/PDFReader.h"
 #include "platform/pdf/PDFWriter.h"
 #include "platform/pdf/WriteProgress.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
+#include <map>
 #include <memory>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
@@ -31,10 +35,6 @@ public:
     [[nodiscard]] PDFResult<PDFWriteReport> run(const std::filesystem::path& target);
 
 private:
-    struct PageUse {
-        std::size_t output; ///< position in the output
-        std::size_t page;   ///< index in the source
-    };
     struct SourceUse {
         std::shared_ptr<const PDFSource> source;
         std::vector<PageUse> uses;
@@ -45,12 +45,17 @@ private:
     [[nodiscard]] const SourceUse* chooseBase() const;
     [[nodiscard]] PDFResult<void> beginDocument();
     [[nodiscard]] PDFResult<void> adoptBase();
-    [[nodiscard]] PDFResult<void> copyPages(const SourceUse& use);
-    [[nodiscard]] PDFResult<void> placePages(const SourceUse& use, const PageTree& tree,
-                                             class ObjectCopier* copier);
+    [[nodiscard]] PDFResult<void> addSource(const SourceUse& use);
+    [[nodiscard]] PDFResult<void> placeSource(const SourceUse& use, QPDF& source,
+                                              const PageTree& tree, ObjectCopier* copier);
+    [[nodiscard]] PDFResult<void> placePages(const CarryContext& context, const PageTree& tree);
+    void placeRepeats(const SourcePages& pages);
+    /// Pages that share a dictionary of resources in the source share it in the output.
+    [[nodiscard]] QPDFObjectHandle placeResources(const CarryContext& context,
+                                                  QPDFObjectHandle resources);
     void addBlankPages();
     void turn(QPDFObjectHandle page, int addedRotation);
-    void finishDocument();
+    void finishDocument(const std::filesystem::path& target);
     [[nodiscard]] PDFResult<void> verifySources() const;
     [[nodiscard]] PDFResult<void> writeDocument(ReplacementFile& file,
                                                 const std::filesystem::path& target);
@@ -62,8 +67,10 @@ private:
     const SourceUse* m_base = nullptr; ///< the source whose document became the output, or null
     std::unique_ptr<PDFReader> m_baseReader;
     std::unique_ptr<QPDF> m_document;
-    QPDFObjectHandle m_catalog;
     std::vector<QPDFObjectHandle> m_outputPages;
+    CatalogBuilder m_catalog;
+    CarryNotes m_notes;
+    std::map<const QPDFObject*, QPDFObjectHandle> m_placedResources; ///< of the current source
     std::uint64_t m_uncompressedBytes = 0;
 };
 

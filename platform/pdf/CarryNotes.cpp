@@ -1,0 +1,74 @@
+#include "platform/pdf/CarryNotes.h"
+
+namespace quillorn {
+
+namespace {
+
+struct Wording {
+    const char* name;
+    const char* one;
+    const char* many;
+    const char* why;
+};
+
+Wording wordingOf(PDFCarryNote::Kind kind) {
+    using Kind = PDFCarryNote::Kind;
+    switch (kind) {
+    case Kind::linkRemoved:
+        return {"link-removed", "link removed", "links removed", "the target stayed behind"};
+    case Kind::outlineEntryDropped:
+        return {"outline-entry-dropped", "outline entry dropped", "outline entries dropped",
+                "the target stayed behind"};
+    case Kind::signatureInvalid:
+        return {"signature-invalid", "signature kept as a picture only",
+                "signatures kept as pictures only", "a changed document is no longer signed"};
+    case Kind::fieldRenamed:
+        return {"field-renamed", "form field renamed", "form fields renamed",
+                "another document uses the name"};
+    case Kind::formScriptingLost:
+        return {"xfa-dropped", "XFA form description dropped", "XFA form descriptions dropped",
+                "it describes the whole document; the plain form fields are kept"};
+    case Kind::structureLost:
+        return {"structure-dropped", "structure tree dropped", "structure trees dropped",
+                "it describes pages that are not there"};
+    case Kind::outputIntentLost:
+        return {"output-intent-dropped", "output intent dropped", "output intents dropped",
+                "the documents name different printing conditions"};
+    case Kind::structureLimited:
+        return {"structure-limited", "structure cut off", "structures cut off",
+                "it is damaged or larger than any reader could use"};
+    }
+    return {"", "", "", ""};
+}
+
+} // namespace
+
+std::string PDFCarryNote::text() const {
+    const Wording words = wordingOf(kind);
+    std::string text = std::to_string(count) + " " + (count == 1 ? words.one : words.many);
+    if (!example.empty()) {
+        text += " (" + example + (count > 1 ? ", ...)" : ")");
+    }
+    return text + ": " + words.why;
+}
+
+std::string carryNoteName(PDFCarryNote::Kind kind) {
+    return wordingOf(kind).name;
+}
+
+void CarryNotes::add(PDFCarryNote::Kind kind, const std::filesystem::path& file,
+                     const std::string& example) {
+    auto [note, isNew] = m_notes.try_emplace({file, kind}, PDFCarryNote{kind, file, 0, example});
+    ++note->second.count;
+}
+
+std::vector<PDFCarryNote> CarryNotes::take() const {
+    std::vector<PDFCarryNote> notes;
+    notes.reserve(m_notes.size());
+    for (const auto& [key, note] : m_notes) {
+        notes.push_back(note);
+    }
+    return notes;
+}
+
+} // namespace quillorn

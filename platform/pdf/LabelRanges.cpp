@@ -1,0 +1,63 @@
+#include "platform/pdf/LabelRanges.h"
+
+#include "platform/pdf/TreeEntries.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <limits>
+#include <utility>
+
+namespace quillorn {
+
+namespace {
+
+constexpr std::size_t labelRangeLimit = 200'000;
+
+PDFPageLabelRange::Style labelStyle(QPDFObjectHandle style) {
+    using Style = PDFPageLabelRange::Style;
+    constexpr std::array<std::pair<const char*, Style>, 5> styles{{{"/D", Style::decimal},
+                                                                   {"/R", Style::upperRoman},
+                                                                   {"/r", Style::lowerRoman},
+                                                                   {"/A", Style::upperLetters},
+                                                                   {"/a", Style::lowerLetters}}};
+    for (const auto& [name, value] : styles) {
+        if (style.isNameAndEquals(name)) {
+            return value;
+        }
+    }
+    return Style::none;
+}
+
+PDFPageLabelRange labelRangeOf(std::size_t firstPage, QPDFObjectHandle label) {
+    PDFPageLabelRange range;
+    range.firstPage = firstPage;
+    range.style = labelStyle(label.getKey("/S"));
+    if (QPDFObjectHandle prefix = label.getKey("/P"); prefix.isString()) {
+        range.prefix = prefix.getUTF8Value();
+    }
+    if (QPDFObjectHandle start = label.getKey("/St"); start.isInteger()) {
+        range.firstNumber = static_cast<int>(
+            std::clamp<long long>(start.getIntValue(), 1, std::numeric_limits<int>::max()));
+    }
+    return range;
+}
+
+} // namespace
+
+std::vector<PDFPageLabelRange> readLabelRanges(QPDFObjectHandle pageLabels) {
+    std::vector<PDFPageLabelRange> ranges;
+    forEachTreeEntry(pageLabels, "/Nums", labelRangeLimit,
+                     [&ranges](QPDFObjectHandle key, QPDFObjectHandle value) {
+                         if (key.isInteger() && key.getIntValue() >= 0 && value.isDictionary()) {
+                             ranges.push_back(
+                                 labelRangeOf(static_cast<std::size_t>(key.getIntValue()), value));
+                         }
+                         return true;
+                     });
+    std::stable_sort(ranges.begin(), ranges.end(),
+                     [](const auto& a, const auto& b) { return a.firstPage < b.firstPage; });
+    return ranges;
+}
+
+} // namespace quillorn

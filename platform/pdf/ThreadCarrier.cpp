@@ -1,0 +1,90 @@
+#include "platform/pdf/ThreadCarrier.h"
+
+#include <cstddef>
+#include <set>
+
+namespace quillorn {
+
+namespace {
+
+constexpr std::size_t threadLimit = 100'000;
+constexpr std::size_t beadLimit = 1'000'000;
+
+/// The beads of a thread whose pages stay, in order; the chain of a damaged file may not close.
+std::vector<QPDFObjectHandle> keptBeads(const CarryContext& context, QPDFObjectHandle first,
+                                        std::size_t& visited) {
+    std::vector<QPDFObjectHandle> kept;
+    std::set<QPDFObjGen> seen;
+    QPDFObjectHandle bead = first;
+    while (bead.isDictionary() && bead.isIndirect() && seen.insert(bead.getObjGen()).second &&
+           ++visited <= beadLimit) {
+        const auto page = context.pages.indexOf(bead.getKey("/P"));
+        if (page && context.pages.isKept(*page)) {
+            kept.push_back(bead);
+        }
+        bead = bead.getKey("/N");
+    }
+    return kept;
+}
+
+void chain(QPDFObjectHandle thread, std::vector<QPDFObjectHandle>& beads) {
+    for (std::size_t i = 0; i < beads.size(); ++i) {
+        const std::size_t next = (i + 1) % beads.size();
+        beads[i].replaceKey("/N", beads[next]);
+        beads[next].replaceKey("/V", beads[i]);
+        beads[i].removeKey("/T");
+    }
+    beads.front().replaceKey("/T", thread);
+    thread.replaceKey("/F", beads.front());
+}
+
+} // namespace
+
+void ThreadCarrier::prepare(const CarryContext& context) {
+    m_current.clear();
+    QPDFObjectHandle threads = context.source.getRoot().getKey("/Threads");
+    std::set<QPDFObjGen> living;
+    if (threads.isArray()) {
+        std::size_t visited = 0;
+        for (QPDFObjectHandle& thread : threads.getArrayAsVector()) {
+            if (!thread.isDictionary() || !thread.isIndirect() || m_current.size() >= threadLimit) {
+                continue;
+            }
+            auto beads = keptBeads(context, thread.getKey("/F"), visited);
+            if (!beads.empty()) {
+                chain(thread, beads);
+                m_current.push_back(thread);
+                for (const QPDFObjectHandle& bead : beads) {
+                    living.insert(bead.getObjGen());
+                }
+            }
+        }
+    }
+    // Beads of no thread would hold on to one another across pages that stay behind.
+    for (const std::size_t index : context.pages.kept()) {
+        QPDFObjectHandle page = context.pages.sourcePage(index);
+        QPDFObjectHandle beads = page.getKeyIfDict("/B");
+        if (!beads.isArray()) {
+            continue;
+        }
+        std::vector<QPDFObjectHandle> staying;
+        for (const QPDFObjectHandle& bead : beads.getArrayAsVector()) {
+            if (living.contains(bead.getObjGen())) {
+                staying.push_back(bead);
+            }
+        }
+        page.replaceKey("/B", QPDFObjectHandle::newArray(staying));
+    }
+}
+
+void ThreadCarrier::collect(const CarryContext& context) {
+    for (const QPDFObjectHandle& thread : m_current) {
+        m_threads.push_back(context.carried(thread));
+    }
+}
+
+QPDFObjectHandle ThreadCarrier::finish() const {
+    return m_threads.empty() ? QPDFObjectHandle::newNull() : QPDFObjectHandle::newArray(m_threads);
+}
+
+} // namespace quillorn
