@@ -35,6 +35,7 @@ const std::vector<Unit>& units() {
         {"platform", {"platform/pdf"}},
         {"platform/pdf", {"platform"}},
         {"support", {}},
+        {"cmake", {}},
         {"tests", {"app", "import", "composer", "panes", "model", "platform", "platform/pdf"}},
         {"tests/support", {"support"}},
         {"benchmarks", {"app", "import", "composer", "panes", "model", "platform", "platform/pdf"}},
@@ -95,7 +96,8 @@ struct ThirdParty {
 
 const std::vector<ThirdParty>& thirdParties() {
     static const std::vector<ThirdParty> all = {
-        {"libqpdf", isQpdfHeader, {"platform/pdf"}, {}},
+        // cmake/clang stands before a header of libqpdf's.
+        {"libqpdf", isQpdfHeader, {"platform/pdf", "cmake/clang"}, {}},
         {"Poppler", isPopplerHeader, {"platform/render"}, {}},
         // Tests may put a pane's rules behind the real widgets.
         {"Qt Widgets", isQtWidgetsHeader, {"app", "platform/ui", "platform/browser", "tests"}, {}},
