@@ -9,3 +9,7 @@ target_compile_options(quillorn_warnings INTERFACE
 # are none, as soon as it optimises ("text" + std::string).
 target_compile_options(quillorn_warnings INTERFACE
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+
+# clang needs a hand with one header of libqpdf; cmake/clang/qpdf/JSON.hh tells why.
+target_include_directories(quillorn_warnings SYSTEM INTERFACE
+    $<$<CXX_COMPILER_ID:Clang>:${PROJECT_SOURCE_DIR}/cmake/clang>)

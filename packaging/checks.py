@@ -22,8 +22,10 @@ STORE = ROOT / "build" / "checks"
 # The first build that compiles a file tells how. ./test checks configures the
 # first two; the benchmarks count once benchmarks/run has configured them.
 DATABASES = ["release", "fuzz", "benchmarks"]
-# The compile commands are those of g++, which has warnings that clang lacks.
-TIDY = ["clang-tidy", "--quiet", "--extra-arg=-Wno-unknown-warning-option"]
+# The compile commands are those of g++, which has warnings that clang lacks and needs no help
+# with libqpdf's headers.
+FOR_CLANG = ["-Wno-unknown-warning-option", "-isystem", str(ROOT / "cmake" / "clang")]
+TIDY = ["clang-tidy", "--quiet", *(f"--extra-arg={word}" for word in FOR_CLANG)]
 
 
 def output(*command):
@@ -169,7 +171,7 @@ def dependencies(directory, command):
         elif word not in ("-c", "-MD", "-MMD"):
             kept.append(word)
     done = subprocess.run(
-        ["clang++", "-w", "-M", "-MT", "unit", *kept], cwd=directory, stdin=subprocess.DEVNULL,
+        ["clang++", "-w", "-M", "-MT", "unit", *kept, *FOR_CLANG], cwd=directory, stdin=subprocess.DEVNULL,
         stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
     )
     if done.returncode != 0:

@@ -35,6 +35,7 @@ const std::vector<Unit>& units() {
         {"platform", {"platform/pdf"}},
         {"platform/pdf", {"platform"}},
         {"support", {}},
+        {"cmake", {}},
         {"tests", {"app", "import", "composer", "panes", "model", "platform", "platform/pdf"}},
         {"tests/support", {"support"}},
         {"benchmarks", {"app", "import", "composer", "panes", "model", "platform", "platform/pdf"}},
@@ -95,7 +96,8 @@ struct ThirdParty {
 
 const std::vector<ThirdParty>& thirdParties() {
     static const std::vector<ThirdParty> all = {
-        {"libqpdf", isQpdfHeader, {"platform/pdf"}, {}},
+        // cmake/clang stands before a header of libqpdf's.
+        {"libqpdf", isQpdfHeader, {"platform/pdf", "cmake/clang"}, {}},
         {"Poppler", isPopplerHeader, {"platform/render"}, {}},
         // Tests may put a pane's rules behind the real widgets.
         {"Qt Widgets", isQtWidgetsHeader, {"app", "platform/ui", "platform/browser", "tests"}, {}},
@@ -125,13 +127,13 @@ std::string Violation::text() const {
     return file + ":" + std::to_string(line) + ": " + include + ": " + reason;
 }
 
-IncludeRules::IncludeRules(std::vector<SourceFile> files) : files_(std::move(files)) {
-    std::ranges::transform(files_, std::back_inserter(paths_), &SourceFile::path);
-    std::ranges::sort(paths_);
+IncludeRules::IncludeRules(std::vector<SourceFile> files) : m_files(std::move(files)) {
+    std::ranges::transform(m_files, std::back_inserter(m_paths), &SourceFile::path);
+    std::ranges::sort(m_paths);
 }
 
 bool IncludeRules::isKnown(const std::string& path) const {
-    return std::ranges::binary_search(paths_, path);
+    return std::ranges::binary_search(m_paths, path);
 }
 
 std::vector<std::string> IncludeRules::targetsOf(const std::string& includer,
@@ -147,7 +149,7 @@ std::vector<std::string> IncludeRules::targetsOf(const std::string& includer,
     }
     std::vector<std::string> candidates;
     std::ranges::copy_if(
-        paths_, std::back_inserter(candidates),
+        m_paths, std::back_inserter(candidates),
         [&fromRoot](const std::string& known) { return known.ends_with("/" + fromRoot); });
     if (candidates.empty() && quoted) {
         // A header that the build makes counts where its name puts it.
@@ -166,7 +168,7 @@ void IncludeRules::checkFile(const SourceFile& file, std::vector<Violation>& vio
         const auto report = [&](std::string reason) {
             violations.push_back({file.path, include.line, include.path, std::move(reason)});
         };
-        if (include.form == Include::Form::Macro) {
+        if (include.form == Include::Form::macro) {
             report("an include through a macro cannot be checked");
             continue;
         }
@@ -180,7 +182,7 @@ void IncludeRules::checkFile(const SourceFile& file, std::vector<Violation>& vio
                 report(std::string(third.name) + " must not be used in " + joined(third.nowhereIn));
             }
         }
-        const bool quoted = include.form == Include::Form::Quoted;
+        const bool quoted = include.form == Include::Form::quoted;
         for (const std::string& target : targetsOf(file.path, include.path, quoted)) {
             const Unit* other = unitOf(target);
             if (other == nullptr || other == unit ||
@@ -195,7 +197,7 @@ void IncludeRules::checkFile(const SourceFile& file, std::vector<Violation>& vio
 
 std::vector<Violation> IncludeRules::check() const {
     std::vector<Violation> violations;
-    for (const SourceFile& file : files_) {
+    for (const SourceFile& file : m_files) {
         checkFile(file, violations);
     }
     return violations;

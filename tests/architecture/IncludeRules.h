@@ -47,8 +47,8 @@ private:
     [[nodiscard]] bool isKnown(const std::string& path) const;
     void checkFile(const SourceFile& file, std::vector<Violation>& violations) const;
 
-    std::vector<SourceFile> files_;
-    std::vector<std::string> paths_; ///< of files_, sorted
+    std::vector<SourceFile> m_files;
+    std::vector<std::string> m_paths; ///< of m_files, sorted
 };
 
 /// Reads every C++ source under the root, except in build, out and hidden folders.

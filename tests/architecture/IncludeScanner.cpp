@@ -18,13 +18,13 @@ bool isDigit(char c) {
 
 class Scanner {
 public:
-    explicit Scanner(std::string_view source) : source_(source) {}
+    explicit Scanner(std::string_view source) : m_source(source) {}
 
     std::vector<Include> run() {
         while (!atEnd()) {
             step();
         }
-        return includes_;
+        return m_includes;
     }
 
 private:
@@ -35,7 +35,7 @@ private:
             skipLineComment();
         } else if (startsWith("/*")) {
             skipBlockComment();
-        } else if (c == '#' && onlySpaceInLine_) {
+        } else if (c == '#' && m_onlySpaceInLine) {
             advance();
             directive();
         } else if (c == '"' || c == '\'') {
@@ -60,10 +60,10 @@ private:
         }
         skipSpaceAndComments();
         Include include;
-        include.line = line_;
+        include.line = m_line;
         const char open = atEnd() ? '\n' : peek();
         if (open == '"' || open == '<') {
-            include.form = open == '"' ? Include::Form::Quoted : Include::Form::Angled;
+            include.form = open == '"' ? Include::Form::quoted : Include::Form::angled;
             const char close = open == '"' ? '"' : '>';
             advance();
             while (!atEnd() && peek() != close && peek() != '\n') {
@@ -74,10 +74,10 @@ private:
                 advance();
             }
         } else {
-            include.form = Include::Form::Macro;
+            include.form = Include::Form::macro;
             include.path = std::string(takeWord());
         }
-        includes_.push_back(include);
+        m_includes.push_back(include);
     }
 
     void skipSpaceAndComments() {
@@ -102,13 +102,13 @@ private:
 
     /// A comment counts as a space, so a directive may follow it in its line.
     void skipBlockComment() {
-        const bool spaceBefore = onlySpaceInLine_;
+        const bool spaceBefore = m_onlySpaceInLine;
         advance(2);
         while (!atEnd() && !startsWith("*/")) {
             advance();
         }
         advance(2);
-        onlySpaceInLine_ = spaceBefore;
+        m_onlySpaceInLine = spaceBefore;
     }
 
     void skipLiteral(char quote) {
@@ -136,18 +136,18 @@ private:
     /// Numbers have a rule of their own for the quotes that separate digits.
     void skipNumber() {
         while (!atEnd() && (isNameChar(peek()) || peek() == '.' ||
-                            (peek() == '\'' && position_ + 1 < source_.size() &&
-                             isNameChar(source_[position_ + 1])))) {
+                            (peek() == '\'' && m_position + 1 < m_source.size() &&
+                             isNameChar(m_source[m_position + 1])))) {
             advance();
         }
     }
 
     std::string_view takeWord() {
-        const std::size_t start = position_;
+        const std::size_t start = m_position;
         while (!atEnd() && isNameChar(peek())) {
             advance();
         }
-        return source_.substr(start, position_ - start);
+        return m_source.substr(start, m_position - start);
     }
 
     static bool isRawPrefix(std::string_view word) {
@@ -160,29 +160,29 @@ private:
         return false;
     }
 
-    [[nodiscard]] bool atEnd() const { return position_ >= source_.size(); }
-    [[nodiscard]] char peek() const { return source_[position_]; }
+    [[nodiscard]] bool atEnd() const { return m_position >= m_source.size(); }
+    [[nodiscard]] char peek() const { return m_source[m_position]; }
     [[nodiscard]] bool startsWith(std::string_view text) const {
-        return source_.substr(position_).starts_with(text);
+        return m_source.substr(m_position).starts_with(text);
     }
 
     void advance(std::size_t count = 1) {
-        for (; count > 0 && !atEnd(); --count, ++position_) {
+        for (; count > 0 && !atEnd(); --count, ++m_position) {
             const char c = peek();
             if (c == '\n') {
-                ++line_;
-                onlySpaceInLine_ = true;
+                ++m_line;
+                m_onlySpaceInLine = true;
             } else if (c != ' ' && c != '\t') {
-                onlySpaceInLine_ = false;
+                m_onlySpaceInLine = false;
             }
         }
     }
 
-    std::string_view source_;
-    std::size_t position_ = 0;
-    int line_ = 1;
-    bool onlySpaceInLine_ = true;
-    std::vector<Include> includes_;
+    std::string_view m_source;
+    std::size_t m_position = 0;
+    int m_line = 1;
+    bool m_onlySpaceInLine = true;
+    std::vector<Include> m_includes;
 };
 
 } // namespace

@@ -8,10 +8,10 @@ namespace quillorn::architecture {
 
 /// One include directive as written.
 struct Include {
-    enum class Form { Quoted, Angled, Macro };
+    enum class Form { quoted, angled, macro };
 
-    std::string path; ///< between the quotes or brackets; for Macro, the macro's name
-    Form form = Form::Quoted;
+    std::string path; ///< between the quotes or brackets; for macro, the macro's name
+    Form form = Form::quoted;
     int line = 0; ///< counted from 1
 
     bool operator==(const Include&) const = default;

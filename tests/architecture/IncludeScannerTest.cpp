@@ -13,7 +13,7 @@ using Form = Include::Form;
 TEST(IncludeScanner, FindsQuotedAndAngledIncludesWithTheirLines) {
     EXPECT_THAT(
         includesOf("#pragma once\n\n#include \"model/Item.h\"\n#include <vector>\n"),
-        ElementsAre(Include{"model/Item.h", Form::Quoted, 3}, Include{"vector", Form::Angled, 4}));
+        ElementsAre(Include{"model/Item.h", Form::quoted, 3}, Include{"vector", Form::angled, 4}));
 }
 
 TEST(IncludeScanner, FindsIncludesThatAreWrittenOddly) {
@@ -22,18 +22,18 @@ TEST(IncludeScanner, FindsIncludesThatAreWrittenOddly) {
                            "#include\"c.h\"\r\n"
                            "#\\\ninclude \"d.h\"\n"
                            "#include_next <e.h>"),
-                ElementsAre(Include{"a.h", Form::Quoted, 1}, Include{"b.h", Form::Quoted, 2},
-                            Include{"c.h", Form::Quoted, 3}, Include{"d.h", Form::Quoted, 5},
-                            Include{"e.h", Form::Angled, 6}));
+                ElementsAre(Include{"a.h", Form::quoted, 1}, Include{"b.h", Form::quoted, 2},
+                            Include{"c.h", Form::quoted, 3}, Include{"d.h", Form::quoted, 5},
+                            Include{"e.h", Form::angled, 6}));
 }
 
 TEST(IncludeScanner, FindsIncludesOnBothSidesOfACondition) {
     EXPECT_THAT(includesOf("#if 0\n#include \"a.h\"\n#else\n#include \"b.h\"\n#endif\n"),
-                ElementsAre(Include{"a.h", Form::Quoted, 2}, Include{"b.h", Form::Quoted, 4}));
+                ElementsAre(Include{"a.h", Form::quoted, 2}, Include{"b.h", Form::quoted, 4}));
 }
 
 TEST(IncludeScanner, NamesTheMacroOfAnIncludeThroughAMacro) {
-    EXPECT_THAT(includesOf("#include HEADER\n"), ElementsAre(Include{"HEADER", Form::Macro, 1}));
+    EXPECT_THAT(includesOf("#include HEADER\n"), ElementsAre(Include{"HEADER", Form::macro, 1}));
 }
 
 TEST(IncludeScanner, PassesOverComments) {
@@ -56,7 +56,7 @@ TEST(IncludeScanner, IsNotMisledByQuotesInCharactersAndNumbers) {
                            "#include \"a.h\"\n"
                            "// it's\n"
                            "#include \"b.h\"\n"),
-                ElementsAre(Include{"a.h", Form::Quoted, 2}, Include{"b.h", Form::Quoted, 4}));
+                ElementsAre(Include{"a.h", Form::quoted, 2}, Include{"b.h", Form::quoted, 4}));
 }
 
 } // namespace

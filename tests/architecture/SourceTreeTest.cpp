@@ -22,23 +22,23 @@ public:
         if (mkdtemp(pattern.data()) == nullptr) {
             throw std::runtime_error("cannot make a temporary folder");
         }
-        path_ = pattern;
+        m_path = pattern;
     }
     ~TemporaryFolder() {
         std::error_code ignored;
-        fs::remove_all(path_, ignored);
+        fs::remove_all(m_path, ignored);
     }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     void write(const std::string& name, const std::string& text) const {
-        fs::create_directories((path_ / name).parent_path());
-        std::ofstream(path_ / name) << text;
+        fs::create_directories((m_path / name).parent_path());
+        std::ofstream(m_path / name) << text;
     }
-    [[nodiscard]] const fs::path& path() const { return path_; }
+    [[nodiscard]] const fs::path& path() const { return m_path; }
 
 private:
-    fs::path path_;
+    fs::path m_path;
 };
 
 TEST(SourceTree, IncludesOnlyInAllowedDirections) {
