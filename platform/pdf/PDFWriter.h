@@ -32,8 +32,11 @@ struct PDFWriteOptions {
     PDFWriteObserver* observer = nullptr; ///< not owned; outlives the call
     std::stop_token stop;                 ///< cancels at the next page or block of bytes
     WhenEmpty whenEmpty = WhenEmpty::oneBlankPage;
-    std::string title;        ///< of an output with pages of several files, UTF-8; empty: the
-                              ///< target's name without its extension
+    std::string title; ///< of an output with pages of several files, UTF-8; empty: the
+                       ///< target's name without its extension
+    /// For a program that ends after this write: the last documents read and the one written are
+    /// left to the end of the process instead of being taken apart object by object.
+    bool leaveMemoryToProcessEnd = false;
     bool flatOutline = false; ///< merge the outlines of several files without entries for the files
 };
 

@@ -67,6 +67,13 @@ WriteJob::WriteJob(const std::vector<PDFPageReference>& pages, const PDFWriteOpt
     }
 }
 
+WriteJob::~WriteJob() {
+    if (m_options.leaveMemoryToProcessEnd) {
+        static_cast<void>(m_lastReader.release()); // NOLINT(bugprone-unused-return-value)
+        static_cast<void>(m_document.release());   // NOLINT(bugprone-unused-return-value)
+    }
+}
+
 PDFResult<PDFWriteReport> WriteJob::run(const std::filesystem::path& target) {
     auto file = ReplacementFile::create(target);
     if (!file) {
@@ -198,7 +205,8 @@ PDFResult<void> WriteJob::addSource(const SourceUse& use) {
     if (!reader) {
         return tl::unexpected(std::move(reader.error()));
     }
-    const PageTree& tree = *(*reader)->pages;
+    m_lastReader = std::move(*reader);
+    const PageTree& tree = *m_lastReader->pages;
     ObjectCopier copier(*m_document);
     for (std::size_t i = 0; i < tree.pageCount(); ++i) {
         copier.redirect(tree.reference(i).getObjGen(), QPDFObjectHandle::newNull());
@@ -206,8 +214,11 @@ PDFResult<void> WriteJob::addSource(const SourceUse& use) {
     for (const QPDFObjectHandle& node : tree.innerNodes()) {
         copier.redirect(node.getObjGen(), QPDFObjectHandle::newNull());
     }
-    auto placed = placeSource(use, *(*reader)->document, tree, &copier);
+    auto placed = placeSource(use, *m_lastReader->document, tree, &copier);
     m_uncompressedBytes += copier.uncompressedBytes();
+    if (&use != &m_sources.back()) {
+        m_lastReader.reset();
+    }
     return placed;
 }
 

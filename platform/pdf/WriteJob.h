@@ -31,6 +31,9 @@ namespace quillorn {
 class WriteJob {
 public:
     WriteJob(const std::vector<PDFPageReference>& pages, const PDFWriteOptions& options);
+    WriteJob(const WriteJob&) = delete;
+    WriteJob& operator=(const WriteJob&) = delete;
+    ~WriteJob();
 
     [[nodiscard]] PDFResult<PDFWriteReport> run(const std::filesystem::path& target);
 
@@ -66,6 +69,7 @@ private:
     std::vector<SourceUse> m_sources;
     const SourceUse* m_base = nullptr; ///< the source whose document became the output, or null
     std::unique_ptr<PDFReader> m_baseReader;
+    std::unique_ptr<PDFReader> m_lastReader; ///< of the last source copied from
     std::unique_ptr<QPDF> m_document;
     std::vector<QPDFObjectHandle> m_outputPages;
     CatalogBuilder m_catalog;

@@ -1,0 +1,138 @@
+#include "platform/pdf/PDFVerifier.h"
+
+#include "platform/pdf/Destinations.h"
+#include "platform/pdf/PDFReader.h"
+#include "platform/pdf/PDFSource.h"
+#include "platform/pdf/SourcePages.h"
+
+#include <set>
+#include <utility>
+
+namespace quillorn {
+
+namespace {
+
+constexpr std::size_t mostProblemsTold = 100;
+constexpr std::size_t outlineLimit = 2'000'000;
+
+/// Reads one document through and counts.
+class Verifier {
+public:
+    explicit Verifier(PDFReader& reader)
+        : m_document(*reader.document),
+          m_tree(*reader.pages),
+          m_pages(m_tree, everyPageOf(m_tree), m_noPages),
+          m_destinations(m_document, m_pages) {}
+
+    PDFVerification run(std::size_t expectedPages) {
+        m_result.pages = m_tree.pageCount();
+        if (m_result.pages != expectedPages) {
+            tell("it has " + std::to_string(m_result.pages) + " pages instead of " +
+                 std::to_string(expectedPages));
+        }
+        for (std::size_t i = 0; i < m_tree.pageCount(); ++i) {
+            verifyPage(i);
+        }
+        verifyOutline();
+        return std::move(m_result);
+    }
+
+private:
+    static std::vector<PageUse> everyPageOf(const PageTree& tree) {
+        std::vector<PageUse> uses;
+        for (std::size_t i = 0; i < tree.pageCount(); ++i) {
+            uses.push_back(PageUse{i, i});
+        }
+        return uses;
+    }
+
+    void tell(std::string problem) {
+        if (m_result.problems.size() < mostProblemsTold) {
+            m_result.problems.push_back(std::move(problem));
+        }
+    }
+
+    void verifyPage(std::size_t index) {
+        const std::string name = "page " + std::to_string(index + 1);
+        QPDFObjectHandle page = m_tree.page(index);
+        if (!page.isInitialized()) {
+            tell(name + " cannot be read");
+            return;
+        }
+        QPDFObjectHandle annotations = page.getKey("/Annots");
+        if (!annotations.isArray()) {
+            return;
+        }
+        for (QPDFObjectHandle& annotation : annotations.getArrayAsVector()) {
+            if (annotation.isDictionary() && leadsAstray(annotation, m_result.links)) {
+                tell(name + " has a link that leads to no page of the document");
+            }
+        }
+    }
+
+    void verifyOutline() {
+        std::vector<QPDFObjectHandle> pending{
+            m_document.getRoot().getKey("/Outlines").getKeyIfDict("/First")};
+        std::set<QPDFObjGen> seen;
+        while (!pending.empty() && seen.size() < outlineLimit) {
+            QPDFObjectHandle entry = pending.back();
+            pending.pop_back();
+            if (!entry.isDictionary()) {
+                continue;
+            }
+            if (!seen.insert(entry.getObjGen()).second) {
+                tell("the outline loops");
+                continue;
+            }
+            if (leadsAstray(entry, m_result.outlineEntries)) {
+                QPDFObjectHandle title = entry.getKey("/Title");
+                tell("the outline entry \"" + (title.isString() ? title.getUTF8Value() : "") +
+                     "\" leads to no page of the document");
+            }
+            pending.push_back(entry.getKey("/Next"));
+            pending.push_back(entry.getKey("/First"));
+        }
+    }
+
+    /// Whether a link or an outline entry goes to a page that is not there; counts good ones.
+    bool leadsAstray(QPDFObjectHandle holder, std::size_t& good) {
+        QPDFObjectHandle destination = holder.getKey("/Dest");
+        if (destination.isNull()) {
+            QPDFObjectHandle action = holder.getKey("/A");
+            if (!action.getKeyIfDict("/S").isNameAndEquals("/GoTo")) {
+                return false;
+            }
+            destination = action.getKey("/D");
+        }
+        if (!m_destinations.resolve(destination)) {
+            return true;
+        }
+        ++good;
+        return false;
+    }
+
+    QPDF& m_document;
+    const PageTree& m_tree;
+    std::vector<QPDFObjectHandle> m_noPages; ///< nothing is placed anywhere
+    SourcePages m_pages;
+    Destinations m_destinations;
+    PDFVerification m_result;
+};
+
+} // namespace
+
+PDFResult<PDFVerification> verifyPDF(const std::filesystem::path& file, std::size_t expectedPages) {
+    auto source = PDFSource::open(file);
+    if (!source) {
+        return tl::unexpected(std::move(source.error()));
+    }
+    auto reader = (*source)->takeReader();
+    if (!reader) {
+        return tl::unexpected(std::move(reader.error()));
+    }
+    return guardLibrary(PDFError::Kind::damagedPage, file, [&]() -> PDFResult<PDFVerification> {
+        return Verifier(**reader).run(expectedPages);
+    });
+}
+
+} // namespace quillorn
