@@ -32,6 +32,14 @@ PDFError currentExceptionAsError(PDFError::Kind kind, const std::filesystem::pat
     }
 }
 
+PageTree& PDFReader::pageTree() {
+    if (!pages) {
+        pages = std::make_unique<PageTree>(*document, inOrder ? PageTree::Reading::lazy
+                                                              : PageTree::Reading::thorough);
+    }
+    return *pages;
+}
+
 PDFResult<std::unique_ptr<PDFReader>> PDFReader::open(const PDFReaderInput& input) {
     using Result = PDFResult<std::unique_ptr<PDFReader>>;
     return guardLibrary(PDFError::Kind::notPDF, input.path, [&]() -> Result {
@@ -42,9 +50,7 @@ PDFResult<std::unique_ptr<PDFReader>> PDFReader::open(const PDFReaderInput& inpu
         document.processInputSource(std::make_shared<DescriptorInputSource>(
                                         input.descriptor, input.path.string(), input.size),
                                     input.password.c_str());
-        const bool inOrder = !document.anyWarnings();
-        reader->pages = std::make_unique<PageTree>(document, inOrder ? PageTree::Reading::lazy
-                                                                     : PageTree::Reading::thorough);
+        reader->inOrder = !document.anyWarnings();
         return reader;
     });
 }

@@ -21,13 +21,17 @@ struct PDFReaderInput {
     std::string password;       ///< as it opens the file; empty for none
 };
 
-/// One libqpdf document with its pages found: the unit that a thread works on. Everything in it
+/// One libqpdf document: the unit that a thread works on. Everything in it
 /// may be changed by its holder; the file never is.
 struct PDFReader {
     std::unique_ptr<QPDF> document;
-    std::unique_ptr<PageTree> pages;
+    std::unique_ptr<PageTree> pages; ///< null until somebody asks for a page
+    bool inOrder = true;             ///< the library had nothing to repair
 
-    /// Reads the cross-reference table and the page tree. Errors: notPDF, locked, tooLarge.
+    /// The pages, looked for now if they were not yet. Throws libqpdf's exceptions.
+    [[nodiscard]] PageTree& pageTree();
+
+    /// Reads the cross-reference table. Errors: notPDF, locked, tooLarge.
     [[nodiscard]] static PDFResult<std::unique_ptr<PDFReader>> open(const PDFReaderInput& input);
 };
 

@@ -119,7 +119,16 @@ PDFSource::openShared(const std::filesystem::path& path, std::shared_ptr<const S
     facts.encrypted = document.isEncrypted();
     facts.ownerPasswordMatched = facts.encrypted && document.ownerPasswordMatched();
     facts.permissions = permissionsOf(document);
-    facts.pageCount = (*reader)->pages->pageCount();
+    auto counted = guardLibrary(
+        PDFError::Kind::notPDF, path, [&reader, &document]() -> PDFResult<std::size_t> {
+            const auto stated =
+                (*reader)->inOrder ? PageTree::statedPageCount(document) : std::nullopt;
+            return stated ? *stated : (*reader)->pageTree().pageCount();
+        });
+    if (!counted) {
+        return tl::unexpected(std::move(counted.error()));
+    }
+    facts.pageCount = *counted;
     for (const QPDFExc& warning : document.getWarnings()) {
         facts.warnings.push_back(warning.getMessageDetail());
     }
@@ -161,13 +170,47 @@ PDFResult<std::unique_ptr<PDFReader>> PDFSource::takeReader() const {
     if (auto unchanged = verifyUnchanged(); !unchanged) {
         return tl::unexpected(unchanged.error());
     }
+    PDFResult<std::unique_ptr<PDFReader>> reader;
     {
         const std::lock_guard lock(m_mutex);
-        if (m_reader) {
-            return std::move(m_reader);
-        }
+        reader = std::move(m_reader);
     }
-    return PDFReader::open(readerInput());
+    if (!*reader) {
+        reader = PDFReader::open(readerInput());
+    }
+    if (!reader) {
+        return reader;
+    }
+    const auto kind = PDFError::Kind::damagedPage;
+    return guardLibrary(kind, m_path, [&]() -> PDFResult<std::unique_ptr<PDFReader>> {
+        const std::size_t found = (*reader)->pageTree().pageCount();
+        if (found != m_facts.pageCount) {
+            return tl::unexpected(PDFError{kind, m_path,
+                                           "it states " + std::to_string(m_facts.pageCount) +
+                                               " pages and holds " + std::to_string(found)});
+        }
+        return std::move(*reader);
+    });
+}
+
+PDFResult<std::shared_ptr<const PDFSource>> PDFSource::withCountedPages() const {
+    if (isLocked()) {
+        return shared_from_this();
+    }
+    const auto found =
+        ask<std::size_t>(PDFError::Kind::notPDF, [](PDFReader& reader) -> PDFResult<std::size_t> {
+            return reader.pageTree().pageCount();
+        });
+    if (!found) {
+        return tl::unexpected(found.error());
+    }
+    if (*found == m_facts.pageCount) {
+        return shared_from_this();
+    }
+    const std::shared_ptr<PDFSource> counted(new PDFSource(m_path, m_file, m_password));
+    counted->m_facts = m_facts;
+    counted->m_facts.pageCount = *found;
+    return counted;
 }
 
 void PDFSource::releaseReader() const {
@@ -198,19 +241,21 @@ PDFResult<PDFPageGeometry> PDFSource::geometry(std::size_t index) const {
                                        "there is no page " + std::to_string(index + 1)});
     }
     return ask<PDFPageGeometry>(PDFError::Kind::damagedPage, [&](PDFReader& reader) -> Answer {
-        QPDFObjectHandle page = reader.pages->page(index);
+        QPDFObjectHandle page = reader.pageTree().page(index);
         if (!page.isInitialized()) {
             return tl::unexpected(
                 PDFError{PDFError::Kind::damagedPage, m_path,
                          "page " + std::to_string(index + 1) + " cannot be read"});
         }
         PDFPageGeometry geometry;
-        geometry.mediaBox = boxOf(reader.pages->attribute(index, "/MediaBox"), geometry.mediaBox);
-        geometry.cropBox = boxOf(reader.pages->attribute(index, "/CropBox"), geometry.mediaBox);
+        geometry.mediaBox =
+            boxOf(reader.pageTree().attribute(index, "/MediaBox"), geometry.mediaBox);
+        geometry.cropBox = boxOf(reader.pageTree().attribute(index, "/CropBox"), geometry.mediaBox);
         geometry.bleedBox = boxOf(page.getKey("/BleedBox"), geometry.cropBox);
         geometry.trimBox = boxOf(page.getKey("/TrimBox"), geometry.cropBox);
         geometry.artBox = boxOf(page.getKey("/ArtBox"), geometry.cropBox);
-        if (QPDFObjectHandle turn = reader.pages->attribute(index, "/Rotate"); turn.isInteger()) {
+        if (QPDFObjectHandle turn = reader.pageTree().attribute(index, "/Rotate");
+            turn.isInteger()) {
             geometry.rotation = static_cast<int>(turn.getIntValue() % 360);
         }
         if (QPDFObjectHandle unit = page.getKey("/UserUnit");

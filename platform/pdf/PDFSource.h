@@ -44,11 +44,11 @@ struct PDFPermissions {
 ///
 /// It holds the file open, so that renaming, deleting or replacing the file on disk changes
 /// nothing; a rewrite in place is either kept out by a snapshot (FileSnapshot.h) or noticed by
-/// `verifyUnchanged`. Opening reads the cross-reference table and the inner nodes of the page
-/// tree, never the page objects; boxes, rotations and labels are read when asked for.
+/// `verifyUnchanged`. Opening reads the cross-reference table and, of a long document, just the
+/// number of pages that it states; page tree, boxes, rotations and labels are read when asked for.
 ///
 /// All functions may be called from any thread; calls that read the file take turns.
-class PDFSource {
+class PDFSource : public std::enable_shared_from_this<PDFSource> {
 public:
     /// Errors: unreadable, notPDF, tooLarge. A file that needs a password opens as locked:
     /// everything but its version, size and `unlocked` is then empty.
@@ -74,6 +74,11 @@ public:
     [[nodiscard]] const PDFPermissions& permissions() const { return m_facts.permissions; }
     [[nodiscard]] std::size_t pageCount() const { return m_facts.pageCount; }
 
+    /// This source when the pages really are as many as the file states, else one that knows
+    /// better. Looks at the page tree, so not for the thread of a window. Errors: changed,
+    /// notPDF, tooLarge.
+    [[nodiscard]] PDFResult<std::shared_ptr<const PDFSource>> withCountedPages() const;
+
     /// What libqpdf complained of while opening; the file was usable all the same.
     [[nodiscard]] const std::vector<std::string>& warnings() const { return m_facts.warnings; }
 
@@ -88,6 +93,7 @@ public:
 
     /// For the writer: a reader of this file that belongs to the caller's thread. The idle one
     /// that served this object is handed over if there is one; it is made again when needed.
+    /// Its pages are found and are as many as this source says. Errors: changed, damagedPage.
     [[nodiscard]] PDFResult<std::unique_ptr<PDFReader>> takeReader() const;
 
     /// Lets go of the memory that reading took; the next question reads again.

@@ -20,7 +20,7 @@ class Verifier {
 public:
     explicit Verifier(PDFReader& reader)
         : m_document(*reader.document),
-          m_tree(*reader.pages),
+          m_tree(reader.pageTree()),
           m_pages(m_tree, everyPageOf(m_tree), m_noPages),
           m_destinations(m_document, m_pages) {}
 
@@ -126,7 +126,11 @@ PDFResult<PDFVerification> verifyPDF(const std::filesystem::path& file, std::siz
     if (!source) {
         return tl::unexpected(std::move(source.error()));
     }
-    auto reader = (*source)->takeReader();
+    auto counted = (*source)->withCountedPages();
+    if (!counted) {
+        return tl::unexpected(std::move(counted.error()));
+    }
+    auto reader = (*counted)->takeReader();
     if (!reader) {
         return tl::unexpected(std::move(reader.error()));
     }

@@ -46,6 +46,16 @@ PageTree::PageTree(QPDF& document, Reading reading) {
     }
 }
 
+std::optional<std::size_t> PageTree::statedPageCount(QPDF& document) {
+    QPDFObjectHandle root = document.getRoot().getKey("/Pages");
+    QPDFObjectHandle count = root.getKeyIfDict("/Count");
+    if (!count.isInteger() || count.getIntValue() <= thoroughUpTo ||
+        !root.getKey("/Kids").isArray()) {
+        return std::nullopt;
+    }
+    return static_cast<std::size_t>(count.getIntValue());
+}
+
 void PageTree::walk(QPDF& document, QPDFObjectHandle root, Reading reading) {
     if (!root.hasKey("/Kids") && !root.isDictionaryOfType("/Pages")) {
         // Some producers let the catalogue point straight at the only page.

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
 #include <vector>
@@ -31,6 +32,10 @@ public:
 
     /// Throws libqpdf's exceptions when the document cannot be read at all.
     PageTree(QPDF& document, Reading reading);
+
+    /// The number of pages that the root of the tree states, without reading anything else.
+    /// Nothing for a small document, whose pages are better counted, or when it states none.
+    [[nodiscard]] static std::optional<std::size_t> statedPageCount(QPDF& document);
 
     [[nodiscard]] std::size_t pageCount() const { return m_leaves.size(); }
 

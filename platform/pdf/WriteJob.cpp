@@ -164,7 +164,7 @@ PDFResult<void> WriteJob::beginDocument() {
     }
     addBlankPages();
     if (m_base != nullptr) {
-        return placeSource(*m_base, *m_document, *m_baseReader->pages, nullptr);
+        return placeSource(*m_base, *m_document, m_baseReader->pageTree(), nullptr);
     }
     return {};
 }
@@ -176,7 +176,7 @@ PDFResult<void> WriteJob::adoptBase() {
     }
     m_baseReader = std::move(*reader);
     m_document = std::move(m_baseReader->document);
-    const PageTree& tree = *m_baseReader->pages;
+    const PageTree& tree = m_baseReader->pageTree();
 
     std::set<QPDFObjGen> kept;
     for (const PageUse& use : m_base->uses) {
@@ -206,7 +206,7 @@ PDFResult<void> WriteJob::addSource(const SourceUse& use) {
         return tl::unexpected(std::move(reader.error()));
     }
     m_lastReader = std::move(*reader);
-    const PageTree& tree = *m_lastReader->pages;
+    const PageTree& tree = m_lastReader->pageTree();
     ObjectCopier copier(*m_document);
     for (std::size_t i = 0; i < tree.pageCount(); ++i) {
         copier.redirect(tree.reference(i).getObjGen(), QPDFObjectHandle::newNull());
