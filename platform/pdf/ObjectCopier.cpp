@@ -47,11 +47,11 @@ QPDFObjectHandle readingEntries(QPDFObjectHandle dictionary) {
 } // namespace
 
 void ObjectCopier::redirect(QPDFObjGen from, QPDFObjectHandle to) {
-    m_copies[from] = std::move(to);
+    m_copies[from] = to;
 }
 
 QPDFObjectHandle ObjectCopier::copy(QPDFObjectHandle value) {
-    QPDFObjectHandle result = translate(std::move(value));
+    QPDFObjectHandle result = translate(value);
     finishPending();
     return result;
 }
@@ -66,7 +66,7 @@ ObjectCopier::copyEntries(std::map<std::string, QPDFObjectHandle> entries) {
 /// Direct containers nest no deeper than the parser allows, so this recursion is bounded.
 QPDFObjectHandle ObjectCopier::translate(QPDFObjectHandle value) {
     if (value.isIndirect()) {
-        return translateReference(std::move(value));
+        return translateReference(value);
     }
     if (value.isDictionary()) {
         std::map<std::string, QPDFObjectHandle> entries = value.getDictAsMap();
@@ -112,7 +112,7 @@ QPDFObjectHandle ObjectCopier::translateReference(QPDFObjectHandle reference) {
 
 QPDFObjectHandle ObjectCopier::reserve(QPDFObjectHandle content) {
     QPDFObjectHandle copied = m_destination.makeIndirectObject(QPDFObjectHandle::newNull());
-    m_pending.push_back({copied, std::move(content)});
+    m_pending.push_back({copied, content});
     return copied;
 }
 

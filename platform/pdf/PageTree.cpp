@@ -125,7 +125,7 @@ void PageTree::addLeaf(QPDF& document, QPDFObjectHandle page, std::uint32_t inhe
     if (!page.isIndirect()) {
         page = document.makeIndirectObject(page);
     }
-    m_leaves.push_back(Leaf{std::move(page), inherited});
+    m_leaves.push_back(Leaf{page, inherited});
 }
 
 /// The last resort for a file whose page tree is gone: whatever calls itself a page.

@@ -11,7 +11,7 @@ namespace quillorn {
 namespace {
 
 struct Free {
-    void operator()(char* text) const { std::free(text); } // NOLINT(cppcoreguidelines-no-malloc)
+    void operator()(char* text) const { std::free(text); } // NOLINT(*-no-malloc,*-owning-memory)
 };
 
 /// Empty when the text cannot be normalised (it holds characters that SASLprep forbids).

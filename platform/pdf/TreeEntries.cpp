@@ -7,7 +7,7 @@ namespace quillorn {
 
 void forEachTreeEntry(QPDFObjectHandle root, const char* leafKey, std::size_t entryLimit,
                       const std::function<bool(QPDFObjectHandle, QPDFObjectHandle)>& visit) {
-    std::vector<QPDFObjectHandle> pending{std::move(root)};
+    std::vector<QPDFObjectHandle> pending{root};
     std::set<QPDFObjGen> seen;
     std::size_t visited = 0;
     while (!pending.empty()) {
