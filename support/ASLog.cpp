@@ -61,8 +61,15 @@ timeb CurrentTime() {
 void GetTimeString(char* buffer, int32_t size, const timeb* time, bool forFileName) {
     if (buffer == nullptr || size < smallestTimeBuffer)
         return;
+    // Lines of one second share one conversion; like all buffers, under g_csLogFile.
+    static time_t converted = -1;
+    static char convertedText[ASTimeTextSize];
+    if (converted != time->time || convertedText[0] == '\0') {
+        ASMakeTimeText(convertedText, time->time);
+        converted = time->time;
+    }
     char text[ASTimeTextSize];
-    ASMakeTimeText(text, time->time);
+    std::memcpy(text, convertedText, ASTimeTextSize);
     if (forFileName) {
         ASMakeTimeTextFileName(text);
     } else {

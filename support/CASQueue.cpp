@@ -26,6 +26,11 @@ void CASQueue::PublishEnds() {
     lastData.store(tail == nullptr ? nullptr : tail->data, std::memory_order_release);
 }
 
+// Under the mutex: only readers are without it, so no atomic addition is needed.
+void CASQueue::SetLength(uint32_t count) {
+    length.store(count, std::memory_order_relaxed);
+}
+
 void CASQueue::Put(void* data) {
     const ASMutexLock lock(mutex);
     auto* node = static_cast<Node*>(nodePool.GetMemory(sizeof(Node)));
@@ -38,7 +43,7 @@ void CASQueue::Put(void* data) {
     tail = node;
     node->next = nullptr;
     node->data = data;
-    length.fetch_add(1, std::memory_order_relaxed);
+    SetLength(GetLength() + 1);
     PublishEnds();
 }
 
@@ -52,7 +57,7 @@ void* CASQueue::Get() {
     if (head == nullptr)
         tail = nullptr;
     nodePool.FreeMemory(node);
-    length.fetch_sub(1, std::memory_order_relaxed);
+    SetLength(GetLength() - 1);
     PublishEnds();
     return data;
 }
@@ -64,7 +69,7 @@ void CASQueue::Clear() {
         head = node->next;
         nodePool.FreeMemory(node);
     }
-    length.store(0, std::memory_order_relaxed);
+    SetLength(0);
     tail = nullptr;
     PublishEnds();
 }

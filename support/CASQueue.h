@@ -50,6 +50,7 @@ private:
         Node* next;
     };
 
+    void SetLength(uint32_t count);
     void PublishEnds();
 
     std::atomic<uint32_t> length{0};

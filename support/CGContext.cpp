@@ -222,7 +222,9 @@ void CGContext::selectFont(const char* name, double size) {
     if (name == nullptr)
         return;
     m_drawing->state.fontName = name;
-    m_drawing->state.fontSize = std::isfinite(size) && size > 0 ? size : 0;
+    // No surface is larger, and the drawing library fails on what is.
+    constexpr double largestSize = 32'767;
+    m_drawing->state.fontSize = size > 0 ? std::min(size, largestSize) : 0;
 }
 
 void CGContext::setTextDrawingMode(CGTextDrawingMode mode) {
