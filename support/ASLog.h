@@ -16,7 +16,9 @@
 // the C locale in force. Lines longer than 2,048 bytes (time, newline and zero included) are cut.
 //
 // Threads: any thread may log; one recursive mutex keeps lines whole. Initialise and de-initialise
-// once, from one thread. A callback must not log itself: it would be called again without end.
+// once, from one thread. A callback runs under the mutex: it must not log itself (it would be
+// called again without end), nor use pools, queues and files that other threads use (those log
+// while they hold their own mutexes).
 // Errors: none is reported; without an open log every call does nothing. Null texts are ignored.
 
 /// Kind of a message; every value but 1 and 2 counts as information.

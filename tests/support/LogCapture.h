@@ -16,8 +16,10 @@ public:
     LogCapture() {
         static const bool opened = ASInitializeLogA(TemporaryFolder().path().c_str());
         EXPECT_TRUE(opened);
-        const std::lock_guard lock(Mutex());
-        Lines().clear();
+        {
+            const std::lock_guard lock(Mutex());
+            Lines().clear();
+        }
         ASInitializeLogEx(Receive);
     }
     ~LogCapture() { ASInitializeLogEx(nullptr); }
