@@ -1,5 +1,6 @@
 #include "support/CASObject.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -24,6 +25,7 @@ void CASObject::LogMessage(ASLogType type, const char* format, ...) {
     std::vsnprintf(message, bufferSize, format, args);
     va_end(args);
     // A message that fills its buffer loses as many bytes as the prefix takes.
-    std::strncat(text, message, bufferSize - 1 - std::strlen(text));
+    const size_t used = std::strlen(text);
+    std::memcpy(text + used, message, std::min(std::strlen(message), bufferSize - 1 - used));
     ASLogTextA(text);
 }

@@ -136,6 +136,7 @@ TEST(Thread, SecondStartLetsTheFirstThreadRunOn) {
             return 0;
         }
     };
+    ended = 0;
     Counter counter;
     ASSERT_EQ(counter.startThread(nullptr, ASThreadPriorityNormal, 0), 0);
     ASSERT_EQ(counter.startThread(nullptr, ASThreadPriorityNormal, 0), 0);
@@ -147,6 +148,7 @@ TEST(Thread, DestructionNeitherStopsNorJoins) {
     static std::atomic<bool> letGo{false};
     static std::atomic<bool> started{false};
     static std::atomic<bool> finished{false};
+    letGo = started = finished = false;
     class Holder : public CASThread {
         using CASThread::operator=;
         int32_t Execute(void* /*param*/) override {
