@@ -44,11 +44,14 @@ FileResult<FileDescriptor> FileDescriptor::openRegularFile(const std::filesystem
 }
 
 FileStamp FileStamp::fromStat(const struct stat& status) {
-    constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
-    return FileStamp{static_cast<std::uint64_t>(status.st_dev),
-                     static_cast<std::uint64_t>(status.st_ino),
-                     static_cast<std::uint64_t>(status.st_size),
-                     status.st_mtim.tv_sec * nanosecondsPerSecond + status.st_mtim.tv_nsec};
+    constexpr std::uint64_t nanosecondsPerSecond = 1'000'000'000;
+    // A date beyond the year 2262 wraps around, and still differs from its neighbours.
+    const std::uint64_t modified =
+        static_cast<std::uint64_t>(status.st_mtim.tv_sec) * nanosecondsPerSecond +
+        static_cast<std::uint64_t>(status.st_mtim.tv_nsec);
+    return FileStamp{
+        static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino),
+        static_cast<std::uint64_t>(status.st_size), static_cast<std::int64_t>(modified)};
 }
 
 FileResult<FileStamp> FileStamp::of(const FileDescriptor& descriptor,

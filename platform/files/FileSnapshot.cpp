@@ -1,17 +1,23 @@
 #include "platform/files/FileSnapshot.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <span>
+#include <string>
 #include <sys/ioctl.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace quillorn {
 
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr std::uint64_t copyChunk = 256U << 10U;
 
 FileDescriptor unnamedFileIn(const fs::path& folder) {
     FileDescriptor file(::open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
@@ -25,26 +31,36 @@ FileDescriptor unnamedFileIn(const fs::path& folder) {
     return file;
 }
 
-bool copyBytes(const FileDescriptor& from, const FileDescriptor& to, std::uint64_t size) {
-    off_t readOffset = 0;
-    off_t writeOffset = 0;
-    std::uint64_t left = size;
-    while (left > 0) {
+/// Copies through the kernel where it can (some file systems share blocks or copy on the server
+/// then), else by hand, as from one file system to another.
+bool copyBytes(const FileDescriptor& from, const FileDescriptor& to, std::uint64_t size,
+               const fs::path& path) {
+    std::uint64_t done = 0;
+    while (done < size) {
         const ssize_t copied =
-            ::copy_file_range(from.get(), &readOffset, to.get(), &writeOffset, left, 0);
+            ::copy_file_range(from.get(), nullptr, to.get(), nullptr, size - done, 0);
         if (copied < 0 && errno == EINTR) {
             continue;
         }
         if (copied <= 0) {
+            break;
+        }
+        done += static_cast<std::uint64_t>(copied);
+    }
+    std::vector<char> chunk(std::min<std::uint64_t>(size - done, copyChunk));
+    while (done < size) {
+        const std::uint64_t wanted = std::min<std::uint64_t>(size - done, chunk.size());
+        const auto got = readAt(from, path, std::span(chunk).first(wanted), done);
+        if (!got || *got == 0 || !writeAll(to, path, std::span(chunk).first(*got))) {
             return false;
         }
-        left -= static_cast<std::uint64_t>(copied);
+        done += *got;
     }
     return true;
 }
 
 /// Our own copy of `original`, or a closed descriptor where none can be had cheaply.
-FileDescriptor snapshotOf(const FileDescriptor& original, std::uint64_t size,
+FileDescriptor snapshotOf(const FileDescriptor& original, const fs::path& path, std::uint64_t size,
                           const SnapshotPolicy& policy) {
     FileDescriptor copy = unnamedFileIn(policy.folder);
     if (!copy.isOpen()) {
@@ -53,7 +69,7 @@ FileDescriptor snapshotOf(const FileDescriptor& original, std::uint64_t size,
     if (::ioctl(copy.get(), FICLONE, original.get()) == 0) {
         return copy;
     }
-    if (size <= policy.copyLimit && copyBytes(original, copy, size)) {
+    if (size <= policy.copyLimit && copyBytes(original, copy, size, path)) {
         return copy;
     }
     return {};
@@ -71,7 +87,7 @@ FileResult<KeptFile> openKept(const fs::path& path, const std::optional<Snapshot
         return tl::unexpected(before.error());
     }
     if (policy) {
-        FileDescriptor copy = snapshotOf(*original, before->size, *policy);
+        FileDescriptor copy = snapshotOf(*original, path, before->size, *policy);
         const auto after = FileStamp::of(*original, path);
         if (!after) {
             return tl::unexpected(after.error());

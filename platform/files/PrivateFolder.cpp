@@ -17,6 +17,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* lockName = ".lock";
+constexpr const char* newLockName = ".lock.new";
 
 /// A folder whose lock file is not there yet may be in the making by another process.
 constexpr std::time_t secondsToMakeAFolder = 60;
@@ -53,9 +54,11 @@ FileResult<PrivateFolder> PrivateFolder::create(const fs::path& base) {
         return tl::unexpected(FileError::fromErrno(base, errno));
     }
     fs::path folder(name);
+    // The lock gets its name when it is held: nobody ever finds it free while we live.
     FileDescriptor lock(
-        ::open((folder / lockName).c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-    if (!lock.isOpen() || ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        ::open((folder / newLockName).c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    if (!lock.isOpen() || ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0 ||
+        ::rename((folder / newLockName).c_str(), (folder / lockName).c_str()) != 0) {
         const int reason = errno;
         std::error_code ignored; // the reason above is the one worth telling
         fs::remove_all(folder, ignored);
@@ -66,10 +69,13 @@ FileResult<PrivateFolder> PrivateFolder::create(const fs::path& base) {
 
 void PrivateFolder::sweep(const fs::path& base) {
     const std::string prefix = folderPrefix();
-    std::error_code ignored; // what cannot be listed or removed now is tried at the next start
-    for (const auto& entry : fs::directory_iterator(base, ignored)) {
-        if (entry.path().filename().string().starts_with(prefix) && isAbandoned(entry.path())) {
-            fs::remove_all(entry.path(), ignored);
+    std::error_code error; // what cannot be listed or removed now is tried at the next start
+    fs::directory_iterator entry(base, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        const fs::path& path = entry->path();
+        if (path.filename().native().starts_with(prefix) && isAbandoned(path)) {
+            std::error_code ignored;
+            fs::remove_all(path, ignored);
         }
     }
 }

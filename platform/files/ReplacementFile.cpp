@@ -26,11 +26,27 @@ constexpr std::string_view temporarySuffix = ".part";
 /// produced, so that the flush at the end finds little left to wait for.
 constexpr std::uint64_t writeBackStep = 8U << 20U;
 
+constexpr std::size_t temporaryDigits = 16;
+
+/// A name taken by somebody else's sweep in the moment before it is locked is tried again.
+constexpr int attemptsAtAName = 100;
+
+constexpr int longestChainOfLinks = 40; // as in the system's own path lookup
+
 std::string freshTemporaryName() {
     std::random_device entropy;
-    std::array<char, 17> digits{};
+    std::array<char, temporaryDigits + 1> digits{};
     std::snprintf(digits.data(), digits.size(), "%08x%08x", entropy(), entropy());
     return std::string(temporaryPrefix) + digits.data() + std::string(temporarySuffix);
+}
+
+bool isTemporaryName(std::string_view name) {
+    if (name.size() != temporaryPrefix.size() + temporaryDigits + temporarySuffix.size() ||
+        !name.starts_with(temporaryPrefix) || !name.ends_with(temporarySuffix)) {
+        return false;
+    }
+    return name.substr(temporaryPrefix.size(), temporaryDigits)
+               .find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
 fs::path folderOf(const fs::path& file) {
@@ -43,34 +59,69 @@ std::string selfDescriptorPath(const FileDescriptor& descriptor) {
 
 /// Removes named temporary files whose writer is gone: a living writer holds a lock.
 void removeAbandonedTemporaries(const fs::path& folder) {
-    std::error_code ignored; // a folder that cannot be listed has nothing that we could remove
-    for (const auto& entry : fs::directory_iterator(folder, ignored)) {
-        const std::string name = entry.path().filename().string();
-        if (!name.starts_with(temporaryPrefix) || !name.ends_with(temporarySuffix)) {
+    std::error_code error; // a folder that cannot be listed has nothing that we could remove
+    fs::directory_iterator entry(folder, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        const fs::path& path = entry->path();
+        if (!isTemporaryName(path.filename().native())) {
             continue;
         }
+        // Opened for writing too, which locks on network file systems ask for.
         const FileDescriptor file(
-            ::open(entry.path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-        if (file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
-            ::unlink(entry.path().c_str());
+            ::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+        struct stat status {};
+        if (file.isOpen() && ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) &&
+            ::flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
+            ::unlink(path.c_str());
         }
     }
 }
 
+/// Locks a temporary file against sweeping. False when a sweep was faster.
+bool lockTemporary(const FileDescriptor& file) {
+    if (::flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        return false;
+    }
+    // Where locks are unknown nobody can sweep either.
+    struct stat status {};
+    return ::fstat(file.get(), &status) == 0 && status.st_nlink > 0;
+}
+
+/// The file that a symbolic link stands for, which need not exist yet.
+FileResult<fs::path> behindLinks(const fs::path& target) {
+    fs::path path = target;
+    std::error_code error;
+    for (int links = 0; fs::is_symlink(fs::symlink_status(path, error)); ++links) {
+        if (links == longestChainOfLinks) {
+            return tl::unexpected(FileError{target, "its symbolic link leads in a circle", ELOOP});
+        }
+        const fs::path next = fs::read_symlink(path, error);
+        if (error) {
+            return tl::unexpected(FileError::fromErrno(target, error.value()));
+        }
+        path = path.parent_path() / next;
+    }
+    return path;
+}
+
 } // namespace
 
-FileResult<ReplacementFile> ReplacementFile::create(const fs::path& target) {
+FileResult<ReplacementFile> ReplacementFile::create(const fs::path& target, Temporary temporary) {
+    if (!target.has_filename()) {
+        return tl::unexpected(FileError{target, "it has no file name", EINVAL});
+    }
+    auto resolved = behindLinks(target);
+    if (!resolved) {
+        return tl::unexpected(std::move(resolved.error()));
+    }
+    std::error_code error;
     ReplacementFile file;
-    std::error_code resolveError;
-    file.m_target = fs::is_symlink(fs::symlink_status(target, resolveError))
-                        ? fs::weakly_canonical(target, resolveError)
-                        : target;
-    if (file.m_target.empty()) {
-        return tl::unexpected(
-            FileError{target, "its symbolic link leads nowhere", resolveError.value()});
+    file.m_target = fs::absolute(*resolved, error); // the working folder may change before commit
+    if (error) {
+        return tl::unexpected(FileError::fromErrno(target, error.value()));
     }
     struct stat status {};
-    if (::stat(file.m_target.c_str(), &status) == 0) {
+    if (::stat(target.c_str(), &status) == 0) {
         if (S_ISDIR(status.st_mode)) {
             return tl::unexpected(FileError{target, "a folder of that name is in the way", EISDIR});
         }
@@ -78,7 +129,7 @@ FileResult<ReplacementFile> ReplacementFile::create(const fs::path& target) {
             return tl::unexpected(
                 FileError{target, "a pipe, socket or device of that name is in the way", EEXIST});
         }
-        if (::access(file.m_target.c_str(), W_OK) != 0) {
+        if (::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) {
             return tl::unexpected(FileError::fromErrno(target, errno, "the file is protected"));
         }
         file.m_replaces = true;
@@ -88,7 +139,7 @@ FileResult<ReplacementFile> ReplacementFile::create(const fs::path& target) {
     } else if (errno != ENOENT) {
         return tl::unexpected(FileError::fromErrno(target, errno));
     }
-    if (auto opened = file.openTemporary(); !opened) {
+    if (auto opened = file.openTemporary(temporary); !opened) {
         return tl::unexpected(std::move(opened.error()));
     }
     return file;
@@ -111,13 +162,15 @@ ReplacementFile::~ReplacementFile() {
     }
 }
 
-FileResult<void> ReplacementFile::openTemporary() {
+FileResult<void> ReplacementFile::openTemporary(Temporary temporary) {
     const fs::path folder = folderOf(m_target);
     // The unnamed file is linked into the folder through /proc, which may be missing.
-    if (::access("/proc/self/fd", X_OK) == 0) {
+    if (temporary == Temporary::unnamedWherePossible && ::access("/proc/self/fd", X_OK) == 0) {
         m_descriptor =
             FileDescriptor(::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666));
         if (m_descriptor.isOpen()) {
+            // It gets a name for a moment when it replaces a file.
+            ::flock(m_descriptor.get(), LOCK_EX | LOCK_NB);
             return {};
         }
         if (errno != EOPNOTSUPP && errno != EISDIR && errno != ENOSYS && errno != EINVAL) {
@@ -125,16 +178,20 @@ FileResult<void> ReplacementFile::openTemporary() {
         }
     }
     removeAbandonedTemporaries(folder);
-    const fs::path name = folder / freshTemporaryName();
     const mode_t mode = m_replaces ? 0600 : 0666;
-    m_descriptor = FileDescriptor(
-        ::open(name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC | O_NOFOLLOW, mode));
-    if (!m_descriptor.isOpen()) {
-        return tl::unexpected(FileError::fromErrno(folder, errno));
+    for (int attempt = 0; attempt < attemptsAtAName; ++attempt) {
+        const fs::path name = folder / freshTemporaryName();
+        m_descriptor = FileDescriptor(
+            ::open(name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC | O_NOFOLLOW, mode));
+        if (!m_descriptor.isOpen()) {
+            return tl::unexpected(FileError::fromErrno(folder, errno));
+        }
+        if (lockTemporary(m_descriptor)) {
+            m_temporaryName = name;
+            return {};
+        }
     }
-    m_temporaryName = name;
-    ::flock(m_descriptor.get(), LOCK_EX | LOCK_NB);
-    return {};
+    return tl::unexpected(FileError{folder, "its temporary file is removed again and again", 0});
 }
 
 FileResult<void> ReplacementFile::write(std::span<const char> data) {
@@ -182,12 +239,23 @@ FileResult<void> ReplacementFile::keepOwnerAndMode() {
     if (!m_replaces) {
         return {};
     }
-    if (m_replacedOwner != ::geteuid() || m_replacedGroup != ::getegid()) {
-        // Only a privileged process may give a file away; anybody else ends up as the owner of
-        // the new file, as with every editor that saves by renaming.
-        static_cast<void>(!::fchown(m_descriptor.get(), m_replacedOwner, m_replacedGroup));
+    struct stat status {};
+    if (::fstat(m_descriptor.get(), &status) != 0) {
+        return tl::unexpected(FileError::fromErrno(m_target, errno));
     }
-    if (::fchmod(m_descriptor.get(), m_replacedMode) != 0) {
+    mode_t mode = m_replacedMode;
+    if ((status.st_uid != m_replacedOwner || status.st_gid != m_replacedGroup) &&
+        ::fchown(m_descriptor.get(), m_replacedOwner, m_replacedGroup) != 0) {
+        // Only a privileged process may give a file away; anybody else ends up as the owner of
+        // the new file, as with every editor that saves by renaming. The group can be kept by
+        // its members. Whoever is in another group gets no more rights than everybody.
+        mode &= ~static_cast<mode_t>(S_ISUID | S_ISGID);
+        if (status.st_gid != m_replacedGroup &&
+            ::fchown(m_descriptor.get(), static_cast<uid_t>(-1), m_replacedGroup) != 0) {
+            mode &= ~static_cast<mode_t>(S_IRWXG) | ((mode & S_IRWXO) << 3U);
+        }
+    }
+    if (::fchmod(m_descriptor.get(), mode) != 0) {
         return tl::unexpected(FileError::fromErrno(m_target, errno, "its mode cannot be kept"));
     }
     return {};
@@ -200,6 +268,7 @@ FileResult<void> ReplacementFile::moveOntoTarget() {
             ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, m_target.c_str(), AT_SYMLINK_FOLLOW) == 0) {
             return {};
         }
+        removeAbandonedTemporaries(folderOf(m_target));
         const fs::path name = folderOf(m_target) / freshTemporaryName();
         if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) != 0) {
             return tl::unexpected(FileError::fromErrno(m_target, errno));

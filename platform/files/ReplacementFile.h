@@ -15,18 +15,23 @@ namespace quillorn {
 /// The bytes go into a temporary file in the target's folder. `commit` flushes it to the disk
 /// and moves it onto the target in one step; until then, and whenever that fails, the old file
 /// is untouched. Without `commit` the temporary file goes away with this object. Where the file
-/// system allows it the temporary file has no name at all, so that not even a killed process
-/// leaves one behind; elsewhere it is called ".quillorn-*.part", is locked while it is written,
-/// and unlocked ones are removed by the next writer in that folder.
+/// system allows it the temporary file has no name while it is written, so that not even a killed
+/// process leaves one behind; elsewhere it is called ".quillorn-*.part". A file of such a name is
+/// locked by its writer, and unlocked ones are removed by the next writer in that folder.
 ///
-/// A replaced file keeps its mode (and owner, where the system permits); a new one gets the
-/// mode that the umask leaves. A symbolic link stays and its target is replaced. A target that
-/// is a folder or a device, or that its owner has write-protected, is refused.
+/// A replaced file keeps its mode (and owner and group, where the system permits); a new one gets
+/// the mode that the umask leaves. A symbolic link stays and its target is replaced, or made. A
+/// target that is a folder or a device, or that its owner has write-protected, is refused.
 ///
 /// Not thread-safe; different objects may be used by different threads.
 class ReplacementFile {
 public:
-    [[nodiscard]] static FileResult<ReplacementFile> create(const std::filesystem::path& target);
+    /// Whether the temporary file may do without a name.
+    enum class Temporary { unnamedWherePossible, named };
+
+    [[nodiscard]] static FileResult<ReplacementFile>
+    create(const std::filesystem::path& target,
+           Temporary temporary = Temporary::unnamedWherePossible);
 
     ReplacementFile(ReplacementFile&& other) noexcept;
     ReplacementFile& operator=(ReplacementFile&&) = delete;
@@ -46,12 +51,12 @@ public:
 private:
     ReplacementFile() = default;
 
-    FileResult<void> openTemporary();
+    FileResult<void> openTemporary(Temporary temporary);
     FileResult<void> keepOwnerAndMode();
     FileResult<void> moveOntoTarget();
     void startWritingBack();
 
-    std::filesystem::path m_target;        ///< with symbolic links resolved
+    std::filesystem::path m_target;        ///< absolute, not a symbolic link
     std::filesystem::path m_temporaryName; ///< empty while the temporary file has no name
     FileDescriptor m_descriptor;
     bool m_replaces = false;

@@ -30,15 +30,15 @@ FileResult<std::string> readFirstLine(const std::filesystem::path& path, std::si
             text.resize(lineEnd);
             break;
         }
-        if (got == 0 || text.size() > limit) {
+        if (got == 0 || text.size() > limit + 1) { // a carriage return does not count
             break;
         }
     }
-    if (text.size() > limit) {
-        return tl::unexpected(FileError{path, "its first line is too long", 0});
-    }
     if (!text.empty() && text.back() == '\r') {
         text.pop_back();
+    }
+    if (text.size() > limit) {
+        return tl::unexpected(FileError{path, "its first line is too long", 0});
     }
     return text;
 }
