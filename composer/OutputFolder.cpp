@@ -9,9 +9,9 @@
 namespace quillorn {
 
 std::string InitAppPath(const Preferences& preferences, const std::string& homeFolder) {
-    const std::string movies = joinedPath(homeFolder, "Movies");
-    const std::string folder = preferences.stringForKey(preference_key::saveFilePlace)
-                                   .value_or(joinedPath(movies, applicationName));
+    std::string movies = joinedPath(homeFolder, "Movies");
+    std::string folder = preferences.stringForKey(preference_key::saveFilePlace)
+                             .value_or(joinedPath(movies, applicationName));
     std::error_code error;
     if (std::filesystem::exists(folder, error)) {
         return folder;
