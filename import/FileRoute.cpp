@@ -1,0 +1,98 @@
+#include "import/FileRoute.h"
+
+#include "model/FileNames.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <initializer_list>
+#include <system_error>
+
+namespace quillorn {
+
+namespace {
+
+constexpr std::array<std::string_view, 14> panelTypes = {"icns", "tiff", "tif",   "jpg",  "png",
+                                                         "ico",  "tga",  "psd",   "jpeg", "gif",
+                                                         "bmp",  "jp2",  "pages", "pdf"};
+
+/// What the image converters decode: the open panel's image types, and formats of today.
+constexpr std::array<std::string_view, 18> imageTypes = {
+    "icns", "tiff", "tif", "jpg",  "png", "ico",  "tga",  "psd",  "jpeg",
+    "gif",  "bmp",  "jp2", "webp", "svg", "svgz", "heic", "heif", "avif"};
+
+bool hasAnyExtension(const std::string& path, std::initializer_list<std::string_view> extensions) {
+    return std::any_of(extensions.begin(), extensions.end(), [&path](std::string_view extension) {
+        return hasExtension(path, extension);
+    });
+}
+
+} // namespace
+
+std::span<const std::string_view> openPanelTypes() {
+    return panelTypes;
+}
+
+bool isImageFile(const std::string& path) {
+    const bool named =
+        std::any_of(imageTypes.begin(), imageTypes.end(),
+                    [&path](std::string_view extension) { return hasExtension(path, extension); });
+    std::error_code error;
+    return named && std::filesystem::exists(path, error);
+}
+
+FileRoute openPanelRoute(const std::string& path) {
+    if (isImageFile(path)) {
+        return FileRoute::image;
+    }
+    if (hasAnyExtension(path, {"rtf", "rtfd", "doc", "docx"})) {
+        return FileRoute::richText;
+    }
+    return FileRoute::pdf;
+}
+
+FileRoute dropRoute(const std::string& path) {
+    if (isImageFile(path)) {
+        return FileRoute::image;
+    }
+    if (hasAnyExtension(path, {"html", "htm", "webarchive"})) {
+        return FileRoute::html;
+    }
+    if (hasAnyExtension(path, {"rtf", "rtfd", "txt"})) {
+        return FileRoute::richText;
+    }
+    if (hasExtension(path, "doc")) {
+        return FileRoute::word;
+    }
+    if (hasExtension(path, "docx")) {
+        return FileRoute::richText;
+    }
+    if (hasAnyExtension(path, {"pdf", "pages"})) {
+        return FileRoute::pdf;
+    }
+    return FileRoute::notLegal;
+}
+
+FileRoute commandLineRoute(const std::string& path) {
+    const FileRoute dropped = dropRoute(path);
+    return dropped == FileRoute::notLegal ? FileRoute::pdf : dropped;
+}
+
+std::string_view missingConverterReason(FileRoute route) {
+    switch (route) {
+    case FileRoute::image:
+        return "images are not turned into pages by this version yet";
+    case FileRoute::html:
+        return "web pages are not turned into pages by this version yet";
+    case FileRoute::richText:
+    case FileRoute::word:
+        return "text documents are not turned into pages by this version yet";
+    case FileRoute::notLegal:
+        return "files of this kind are not turned into pages";
+    case FileRoute::pdf:
+        break;
+    }
+    return {};
+}
+
+} // namespace quillorn

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace quillorn {
+
+/// How a file becomes PDF pages.
+enum class FileRoute {
+    image,    ///< image2PDF
+    html,     ///< html2PDF
+    richText, ///< rtf2PDF
+    word,     ///< doc2PDF
+    pdf,      ///< opened as it is; a folder contributes its entries (`filesToOpen`)
+    notLegal  ///< refused
+};
+
+/// Extensions that the open panel offers, in this order.
+[[nodiscard]] std::span<const std::string_view> openPanelTypes();
+
+/// Whether the file is an image that can be turned into pages, by its extension in any case; PDF
+/// is none. Files have no type code here that could speak for one without an extension, so such
+/// a file is no image, and neither is a file whose information cannot be read. Reads that
+/// information, never the content.
+[[nodiscard]] bool isImageFile(const std::string& path);
+
+/// The route of a file chosen in the open panel. Whatever has no route of its own is opened as a
+/// PDF, so this never answers `notLegal`. Word documents take the rich-text route here while
+/// dropped ones do not; that difference is meant.
+[[nodiscard]] FileRoute openPanelRoute(const std::string& path);
+
+/// The route of a file dropped on the source pane; `notLegal` ends the drop.
+[[nodiscard]] FileRoute dropRoute(const std::string& path);
+
+/// The route of a file named on the command line, which takes what either of the two others
+/// takes: a dropped file's route, and whatever that one refuses is opened as a PDF.
+[[nodiscard]] FileRoute commandLineRoute(const std::string& path);
+
+/// What is left of a route while no converter is there: one line that says which conversion the
+/// file would need, e.g. for people who wonder why it was refused. Empty for `pdf`.
+[[nodiscard]] std::string_view missingConverterReason(FileRoute route);
+
+} // namespace quillorn
