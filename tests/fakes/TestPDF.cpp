@@ -1,14 +1,11 @@
 #include "tests/fakes/TestPDF.h"
 
+#include "tests/fakes/Program.h"
 #include "tests/fakes/TemporaryFolder.h"
 
-#include <cerrno>
 #include <random>
-#include <spawn.h>
 #include <sstream>
 #include <stdexcept>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace quillorn::tests {
 
@@ -179,29 +176,13 @@ std::filesystem::path TestPDF::writeTo(const std::filesystem::path& path) const 
 std::filesystem::path encryptPDF(const std::filesystem::path& plain,
                                  const std::filesystem::path& target,
                                  const TestEncryption& encryption) {
-    std::vector<std::string> words = {"qpdf", "--encrypt", encryption.userPassword,
+    std::vector<std::string> words = {"--encrypt", encryption.userPassword,
                                       encryption.ownerPassword, "256"};
     words.insert(words.end(), encryption.restrictions.begin(), encryption.restrictions.end());
     words.insert(words.end(), {"--", plain.string(), target.string()});
-    std::vector<char*> arguments;
-    arguments.reserve(words.size() + 1);
-    for (std::string& word : words) {
-        arguments.push_back(word.data());
-    }
-    arguments.push_back(nullptr);
-
-    pid_t child = 0;
-    if (::posix_spawnp(&child, "qpdf", nullptr, nullptr, arguments.data(), environ) != 0) {
-        throw std::runtime_error("cannot run qpdf");
-    }
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0) {
-        if (errno != EINTR) {
-            throw std::runtime_error("cannot wait for qpdf");
-        }
-    }
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
-        throw std::runtime_error("qpdf could not encrypt " + plain.string());
+    const ProgramResult result = Program("qpdf", words).run();
+    if (result.status != 0) {
+        throw std::runtime_error("qpdf could not encrypt " + plain.string() + ": " + result.errors);
     }
     return target;
 }

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
+#include <variant>
+#include <vector>
+
+namespace quillorn {
+
+/// A password given as it is, or as the name of a file whose first line it is; never both.
+struct PasswordChoice {
+    std::optional<std::string> text;
+    std::optional<std::string> file;
+    [[nodiscard]] bool isGiven() const { return text || file; }
+};
+
+/// An input of `compose` with the options that follow it.
+struct FileRequest {
+    std::string path;
+    std::optional<std::string> pages; ///< as `parsePageRange` reads it; all pages without
+    std::optional<int> rotation;      ///< degrees clockwise, a multiple of 90 within a turn
+    PasswordChoice password;
+};
+
+/// An output of `compose`: a name that a group may have, and at least one input.
+struct GroupRequest {
+    std::string name;
+    std::vector<FileRequest> files;
+};
+
+struct ComposeRequest {
+    std::optional<std::string> outputFolder;
+    bool json = false;
+    bool quiet = false;
+    bool keepGoing = false;
+    std::vector<GroupRequest> groups; ///< at least one
+};
+
+struct InfoRequest {
+    bool json = false;
+    PasswordChoice password;        ///< tried on every file
+    std::vector<std::string> files; ///< at least one
+};
+
+enum class HelpTopic { program, compose, info };
+
+struct HelpRequest {
+    HelpTopic topic = HelpTopic::program;
+};
+
+struct VersionRequest {};
+
+using Command = std::variant<ComposeRequest, InfoRequest, HelpRequest, VersionRequest>;
+
+/// A command line that makes no sense.
+struct UsageError {
+    std::string message;                  ///< one line for people
+    std::string detail;                   ///< one more line, or empty
+    HelpTopic topic = HelpTopic::program; ///< the help that explains it
+    bool json = false;                    ///< whether --json was among the words
+};
+
+/// Reads the words after the program's name. Looks at nothing but the words.
+[[nodiscard]] tl::expected<Command, UsageError>
+parseCommandLine(const std::vector<std::string>& words);
+
+} // namespace quillorn

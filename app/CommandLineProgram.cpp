@@ -1,0 +1,69 @@
+#include "app/CommandLineProgram.h"
+
+#include "app/ComposeReport.h"
+#include "app/ExitStatus.h"
+#include "app/FileInfo.h"
+#include "app/HelpTexts.h"
+#include "app/InfoCommand.h"
+#include "app/PasswordFiles.h"
+
+#include <utility>
+#include <variant>
+
+namespace quillorn {
+
+int CommandLineProgram::run(const std::vector<std::string>& words) {
+    if (words.empty()) {
+        m_process.output.troubles << helpText(HelpTopic::program);
+        return exit_status::usage;
+    }
+    auto command = parseCommandLine(words);
+    if (!command) {
+        return refuse(command.error());
+    }
+    return std::visit([this](auto& request) { return runCommand(request); }, *command);
+}
+
+int CommandLineProgram::runCommand(ComposeRequest& request) {
+    // Waiting for a password can be ended by a signal as usual; nothing has been made yet.
+    if (auto read = readPasswordFiles(request); !read) {
+        return refuse(read.error());
+    }
+    m_compose.emplace(std::move(request),
+                      ComposeCommand::Surroundings{m_process.output, m_process.defaultOutputFolder,
+                                                   m_process.watchForStop(),
+                                                   m_process.interruptedStatus});
+    return m_compose->run();
+}
+
+int CommandLineProgram::runCommand(InfoRequest& request) {
+    if (auto read = readPasswordFiles(request); !read) {
+        return refuse(read.error());
+    }
+    return runInfoCommand(request, m_process.output);
+}
+
+int CommandLineProgram::runCommand(const HelpRequest& request) {
+    m_process.output.results << helpText(request.topic);
+    return exit_status::done;
+}
+
+int CommandLineProgram::runCommand(const VersionRequest& /*request*/) {
+    m_process.output.results << versionText();
+    return exit_status::done;
+}
+
+int CommandLineProgram::refuse(const UsageError& error) {
+    printUsageError(m_process.output.troubles, error);
+    if (error.json) {
+        ComposeReport report;
+        report.usageError = error.message;
+        report.status = exit_status::usage;
+        m_process.output.results << (error.topic == HelpTopic::info
+                                         ? fileInfosJSON({}, {}, error.message, report.status)
+                                         : composeReportJSON(report));
+    }
+    return exit_status::usage;
+}
+
+} // namespace quillorn

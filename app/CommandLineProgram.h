@@ -1,0 +1,42 @@
+#pragma once
+
+#include "app/CommandOutput.h"
+#include "app/ComposeCommand.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quillorn {
+
+/// The program as the command line runs it: reads the words, runs the command, gives the status.
+///
+/// Keeps what a command opened until it is destroyed. Used once, by one thread.
+class CommandLineProgram {
+public:
+    /// What the program needs of the process that it runs in.
+    struct Process {
+        CommandOutput output;
+        std::function<std::string()> defaultOutputFolder; ///< settles it; may make folders
+        std::function<std::stop_token()> watchForStop;    ///< called before a long job
+        std::function<int()> interruptedStatus;           ///< exit status once asked to stop
+    };
+
+    explicit CommandLineProgram(Process process) : m_process(std::move(process)) {}
+
+    /// `words` are those after the program's name. Returns the exit status.
+    [[nodiscard]] int run(const std::vector<std::string>& words);
+
+private:
+    int runCommand(ComposeRequest& request);
+    int runCommand(InfoRequest& request);
+    int runCommand(const HelpRequest& request);
+    int runCommand(const VersionRequest& request);
+    int refuse(const UsageError& error);
+
+    Process m_process;
+    std::optional<ComposeCommand> m_compose;
+};
+
+} // namespace quillorn

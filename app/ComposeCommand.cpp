@@ -1,0 +1,155 @@
+#include "app/ComposeCommand.h"
+
+#include "app/ExitStatus.h"
+#include "app/ProgressLine.h"
+#include "app/TerminalText.h"
+#include "model/FileNames.h"
+#include "platform/files/PrivateFolder.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+namespace quillorn {
+
+namespace {
+
+/// A run is short, and a source that is rewritten during it is noticed and reported. So only what
+/// is copied in no time is copied to be safe from that.
+constexpr std::uint64_t copyLimit = 1U << 20U; // bytes
+
+/// What went wrong, with the file that it concerns where that is not the output itself.
+std::string reasonOf(const PDFError& error, const std::filesystem::path& target) {
+    return error.file.empty() || error.file == target
+               ? error.reason
+               : fullPath(error.file.string()) + ": " + error.reason;
+}
+
+} // namespace
+
+int ComposeCommand::run() {
+    work();
+    std::ostream& results = m_surroundings.output.results;
+    if (m_request.json) {
+        results << composeReportJSON(m_report);
+    }
+    return m_report.status;
+}
+
+void ComposeCommand::work() {
+    // Without a folder of our own the sources are read where they lie, which is as right but
+    // notices a rewrite in place only afterwards.
+    const auto privateFolder = PrivateFolder::create();
+    std::optional<SnapshotPolicy> snapshots;
+    if (privateFolder) {
+        snapshots = SnapshotPolicy{privateFolder->path(), copyLimit};
+    }
+    m_inputs = std::make_unique<ComposeInputs>(PDFIntake(std::move(snapshots)));
+    m_plan = m_inputs->plan(m_request, m_surroundings.stop);
+    if (m_surroundings.stop.stop_requested()) {
+        interrupt();
+    } else if (inputsAreFine()) {
+        writeGroups();
+    }
+}
+
+bool ComposeCommand::inputsAreFine() {
+    std::ostream& troubles = m_surroundings.output.troubles;
+    for (const ImportRefusal& refusal : m_plan.refused) {
+        printRefusal(troubles, refusal);
+    }
+    m_report.refused = std::move(m_plan.refused);
+    if (!m_plan.usageErrors.empty()) {
+        for (const UsageError& error : m_plan.usageErrors) {
+            printUsageError(troubles, error);
+        }
+        m_report.usageError = m_plan.usageErrors.front().message;
+        m_report.status = exit_status::usage;
+        return false;
+    }
+    if (!m_report.refused.empty()) {
+        m_report.status = exit_status::refused;
+        if (!m_request.keepGoing) {
+            troubles << "Nothing was written.\n";
+            return false;
+        }
+    }
+    return true;
+}
+
+void ComposeCommand::writeGroups() {
+    const std::string folder =
+        m_request.outputFolder ? *m_request.outputFolder : m_surroundings.defaultOutputFolder();
+    std::error_code folderError;
+    if (m_request.outputFolder) {
+        std::filesystem::create_directories(folder, folderError);
+    }
+    bool goesOn = true;
+    for (std::size_t i = 0; i < m_plan.groups.size(); ++i) {
+        const std::string target = joinedPath(folder, m_plan.groups[i].name);
+        goesOn = goesOn && !m_surroundings.stop.stop_requested();
+        if (!goesOn) {
+            m_report.failed.push_back(FailedOutput{fullPath(target), "interrupted"});
+        } else if (!m_plan.hasInputs[i]) {
+            // Not a failure to write: the status speaks of the refused files.
+            fail(target, "all of its files were refused");
+        } else if (folderError) {
+            fail(target, "the output folder cannot be made: " + errnoText(folderError.value()));
+            m_report.status = exit_status::notWritten;
+        } else if (!writeGroup(m_plan.groups[i], target)) {
+            m_report.failed.push_back(FailedOutput{fullPath(target), "interrupted"});
+            goesOn = false;
+        }
+    }
+    if (!goesOn) {
+        interrupt();
+    }
+}
+
+bool ComposeCommand::writeGroup(const OutputGroup& group, const std::string& target) {
+    const CommandOutput& output = m_surroundings.output;
+    PDFWriteOptions options;
+    options.stop = m_surroundings.stop;
+    std::optional<ProgressLine> progress;
+    if (output.progressWidth > 0 && !m_request.quiet) {
+        progress.emplace(output.troubles, output.progressWidth, printable(group.name));
+        options.observer = &*progress;
+    }
+    auto written = group.document->writeToFile(target, options);
+    progress.reset(); // whatever is said now begins on a blank line
+    if (!written) {
+        if (written.error().kind == PDFError::Kind::cancelled) {
+            return false;
+        }
+        fail(target, reasonOf(written.error(), target));
+        m_report.status = exit_status::notWritten;
+        return true;
+    }
+    if (!m_request.json && !m_request.quiet) {
+        output.results << "wrote " << printable(fullPath(written->file.string())) << ", "
+                       << counted(written->pages, "page") << ", " << counted(written->bytes, "byte")
+                       << '\n'
+                       << std::flush;
+    }
+    m_report.outputs.push_back(std::move(*written));
+    return true;
+}
+
+void ComposeCommand::fail(const std::string& file, const std::string& reason) {
+    m_report.failed.push_back(FailedOutput{fullPath(file), reason});
+    m_surroundings.output.troubles << printable(lastPathComponent(file)) << " was not written.\n  "
+                                   << printable(fullPath(file)) << ": " << printable(reason)
+                                   << '\n';
+}
+
+void ComposeCommand::interrupt() {
+    m_report.status = m_surroundings.interruptedStatus();
+    m_surroundings.output.troubles << "Interrupted. Of " << counted(m_request.groups.size(), "file")
+                                   << ", " << grouped(m_report.outputs.size())
+                                   << (m_report.outputs.size() == 1 ? " was" : " were")
+                                   << " written.\n";
+}
+
+} // namespace quillorn

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "app/CommandOutput.h"
+#include "app/ComposeInputs.h"
+#include "app/ComposeReport.h"
+
+#include <functional>
+#include <memory>
+#include <stop_token>
+#include <string>
+
+namespace quillorn {
+
+/// Writes PDFs made of pages of the given files: `compose` of the command line.
+///
+/// Opens and checks every input, then writes group after group, and reports on the way. Keeps
+/// its sources and documents until it is destroyed, which a program that is about to end need
+/// not wait for. Used once, by one thread.
+class ComposeCommand {
+public:
+    struct Surroundings {
+        CommandOutput output;
+        std::function<std::string()> defaultOutputFolder; ///< asked only when no folder is given
+        std::stop_token stop;
+        std::function<int()> interruptedStatus; ///< the exit status once `stop` was requested
+    };
+
+    /// Passwords are given as text (PasswordFiles.h).
+    ComposeCommand(ComposeRequest request, Surroundings surroundings)
+        : m_request(std::move(request)), m_surroundings(std::move(surroundings)) {}
+
+    /// Returns the exit status.
+    [[nodiscard]] int run();
+
+private:
+    void work();
+    [[nodiscard]] bool inputsAreFine();
+    void writeGroups();
+    /// False when the stop request came in between and nothing was written.
+    [[nodiscard]] bool writeGroup(const OutputGroup& group, const std::string& target);
+    void fail(const std::string& file, const std::string& reason);
+    void interrupt();
+
+    ComposeRequest m_request;
+    Surroundings m_surroundings;
+    std::unique_ptr<ComposeInputs> m_inputs;
+    ComposePlan m_plan;
+    ComposeReport m_report;
+};
+
+} // namespace quillorn

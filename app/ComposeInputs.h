@@ -1,0 +1,48 @@
+#pragma once
+
+#include "app/CommandLine.h"
+#include "composer/OutputGroup.h"
+#include "import/PDFIntake.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace quillorn {
+
+/// The groups of a `compose` request with their pages, and what stood in the way.
+struct ComposePlan {
+    std::vector<OutputGroup> groups; ///< as requested; without pages where all files were refused
+    std::vector<bool> hasInputs;     ///< for each group, whether one of its files was accepted
+    std::vector<ImportRefusal> refused;  ///< each file once
+    std::vector<UsageError> usageErrors; ///< page ranges that do not fit their files
+};
+
+/// Opens the files of a `compose` request, each once however often it is named, and lists the
+/// pages of every group. Checks all of them before anything is written.
+class ComposeInputs {
+public:
+    explicit ComposeInputs(PDFIntake intake) : m_intake(std::move(intake)) {}
+
+    /// Passwords are given as text (PasswordFiles.h). Ends early when `stop` is requested.
+    [[nodiscard]] ComposePlan plan(const ComposeRequest& request, const std::stop_token& stop);
+
+private:
+    using Source = std::shared_ptr<const PDFSource>;
+    using Key = std::pair<std::string, std::optional<std::string>>; ///< path and password
+
+    void addFile(const FileRequest& file, OutputGroup& group, bool& accepted, bool json);
+    /// The source at `path`; null when it was refused, which is noted the first time.
+    Source open(const std::string& path, const FileRequest& file);
+    Source refuse(ImportRefusal refusal);
+
+    PDFIntake m_intake;
+    std::map<Key, Source> m_opened; ///< null for refused ones
+    ComposePlan m_plan;
+};
+
+} // namespace quillorn

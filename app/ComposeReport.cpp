@@ -1,0 +1,27 @@
+#include "app/ComposeReport.h"
+
+#include "app/ReportJSON.h"
+#include "app/TerminalText.h"
+
+namespace quillorn {
+
+std::string composeReportJSON(const ComposeReport& report) {
+    using Json = nlohmann::ordered_json;
+    Json outputs = Json::array();
+    for (const PDFWriteReport& output : report.outputs) {
+        outputs.push_back({{"file", fullPath(output.file.string())},
+                           {"pages", output.pages},
+                           {"bytes", output.bytes}});
+    }
+    Json failed = Json::array();
+    for (const FailedOutput& output : report.failed) {
+        failed.push_back({{"file", output.file}, {"reason", output.reason}});
+    }
+    Json object = {{"outputs", std::move(outputs)},
+                   {"refused", refusalsJSON(report.refused)},
+                   {"failed", std::move(failed)}};
+    addOutcome(object, report.usageError, report.status);
+    return jsonText(object);
+}
+
+} // namespace quillorn

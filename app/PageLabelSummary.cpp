@@ -1,0 +1,51 @@
+#include "app/PageLabelSummary.h"
+
+namespace quillorn {
+
+namespace {
+
+std::string runText(const std::vector<PDFPageLabelRange>& ranges, std::size_t first,
+                    std::size_t last) {
+    const auto span = [](const std::string& from, const std::string& to) {
+        return from == to ? from : from + "-" + to;
+    };
+    const std::string labels = span(pageLabelText(ranges, first), pageLabelText(ranges, last));
+    return span(std::to_string(first + 1), std::to_string(last + 1)) + ": " +
+           (labels.empty() ? "no label" : labels);
+}
+
+} // namespace
+
+std::vector<std::string> pageLabels(const std::vector<PDFPageLabelRange>& ranges,
+                                    std::size_t pageCount) {
+    std::vector<std::string> labels;
+    if (ranges.empty()) {
+        return labels;
+    }
+    labels.reserve(pageCount);
+    for (std::size_t page = 0; page < pageCount; ++page) {
+        labels.push_back(pageLabelText(ranges, page));
+    }
+    return labels;
+}
+
+std::vector<std::string> pageLabelRuns(const std::vector<PDFPageLabelRange>& ranges,
+                                       std::size_t pageCount) {
+    std::vector<std::string> runs;
+    if (ranges.empty() || pageCount == 0) {
+        return runs;
+    }
+    std::vector<std::size_t> starts = {0}; // pages before the first range are a run of their own
+    for (const PDFPageLabelRange& range : ranges) {
+        if (range.firstPage > starts.back() && range.firstPage < pageCount) {
+            starts.push_back(range.firstPage);
+        }
+    }
+    for (std::size_t i = 0; i < starts.size(); ++i) {
+        const std::size_t end = i + 1 < starts.size() ? starts[i + 1] : pageCount;
+        runs.push_back(runText(ranges, starts[i], end - 1));
+    }
+    return runs;
+}
+
+} // namespace quillorn
