@@ -66,7 +66,8 @@ void ASSetResourceFolder(const char* folder) {
 const char* ASGetResourceFolder() {
     thread_local std::string folder;
     folder = ASResourceFolder();
-    return folder.c_str();
+    return folder.c_str(); // NOLINT(clang-analyzer-cplusplus.InnerPointer): the thread's own until
+                           // its next call
 }
 
 void ASSetSystemFolder(const char* folder) {
@@ -92,7 +93,7 @@ std::string ASSystemFolder() {
 }
 
 std::string ASSystemRelease() {
-    const std::string release = SystemReleaseSetting().Get();
+    std::string release = SystemReleaseSetting().Get();
     if (!release.empty())
         return release;
     utsname system = {};

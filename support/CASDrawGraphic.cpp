@@ -58,9 +58,9 @@ bool CASDrawGraphic::DrawText(CGContextRef context, const CASFont& font, const C
     context->showText(text, std::strlen(text));
     if ((font.style & ASFontUnderline) != 0)
         AddLine(*context, rect.x, rect.y, rect.width);
+    const int64_t middle = int64_t{rect.y} + rect.height / 2;
     if ((font.style & ASFontStrikeThrough) != 0)
-        AddLine(*context, rect.x, static_cast<double>(int64_t{rect.y} + rect.height / 2),
-                rect.width);
+        AddLine(*context, rect.x, static_cast<double>(middle), rect.width);
     context->restoreGState();
     return true;
 }

@@ -34,12 +34,13 @@ CASFile::CASFile(const char* path, ASFileOperation operation) {
         LogMessage(ASLogTypeError, "Error File Operation: %d", static_cast<int>(operation));
         errno = EINVAL;
     }
-    if (std::strlen(path) >= sizeof m_path) {
+    const size_t length = std::strlen(path);
+    if (length >= sizeof m_path) {
         errno = ENAMETOOLONG;
     } else {
-        std::strcpy(m_path, path);
+        std::memcpy(m_path, path, length + 1);
         if (mode != nullptr)
-            m_hFile = std::fopen(path, mode);
+            m_hFile = std::fopen(path, mode); // NOLINT(cppcoreguidelines-owning-memory)
     }
     if (m_hFile == nullptr)
         LogMessage(ASLogTypeError, "Failed to create File: %s, error no: %d", path, errno);
@@ -49,7 +50,7 @@ CASFile::~CASFile() {
     {
         const ASMutexLock lock(m_mutex);
         if (m_hFile != nullptr)
-            std::fclose(m_hFile);
+            std::fclose(m_hFile); // NOLINT(cppcoreguidelines-owning-memory)
         m_hFile = nullptr;
     }
     pthread_mutex_destroy(&m_mutex);
@@ -108,6 +109,24 @@ bool CASFile::Position(int32_t position) {
     return true;
 }
 
+// What reading and writing share, behind their checks of mode and buffer: `move` transfers.
+template <typename Move>
+int32_t CASFile::Transfer(int32_t count, int32_t size, int32_t position, const char* seekWord,
+                          const char* purpose, Move move) {
+    if (count < 0 || size < 0)
+        return -1;
+    const ASMutexLock lock(m_mutex);
+    if (m_hFile == nullptr) {
+        LogMessage(ASLogTypeError, "Error File Stream Handle.");
+        return -1;
+    }
+    if (!Position(position)) {
+        LogMessage(ASLogTypeError, "Failed to %s Pos(%d) to %s.", seekWord, position, purpose);
+        return -1;
+    }
+    return static_cast<int32_t>(move(static_cast<size_t>(size), static_cast<size_t>(count)));
+}
+
 int32_t CASFile::writeBytes(const void* buffer, int32_t count, int32_t size, int32_t position) {
     if (m_operation != ASFileOperationWrite && m_operation != ASFileOperationReadAppend) {
         LogMessage(ASLogTypeError, "Write Operation Can't allowed.");
@@ -117,19 +136,9 @@ int32_t CASFile::writeBytes(const void* buffer, int32_t count, int32_t size, int
         LogMessage(ASLogTypeWarning, "Error buffer in to write.");
         return 0;
     }
-    if (count < 0 || size < 0)
-        return -1;
-    const ASMutexLock lock(m_mutex);
-    if (m_hFile == nullptr) {
-        LogMessage(ASLogTypeError, "Error File Stream Handle.");
-        return -1;
-    }
-    if (!Position(position)) {
-        LogMessage(ASLogTypeError, "Failed to Seek Pos(%d) to Write.", position);
-        return -1;
-    }
-    return static_cast<int32_t>(
-        std::fwrite(buffer, static_cast<size_t>(size), static_cast<size_t>(count), m_hFile));
+    return Transfer(count, size, position, "Seek", "Write", [&](size_t bytes, size_t items) {
+        return std::fwrite(buffer, bytes, items, m_hFile);
+    });
 }
 
 int32_t CASFile::readBytes(void* buffer, int32_t count, int32_t size, int32_t position) {
@@ -141,17 +150,7 @@ int32_t CASFile::readBytes(void* buffer, int32_t count, int32_t size, int32_t po
         LogMessage(ASLogTypeWarning, "Error buffer out to read.");
         return 0;
     }
-    if (count < 0 || size < 0)
-        return -1;
-    const ASMutexLock lock(m_mutex);
-    if (m_hFile == nullptr) {
-        LogMessage(ASLogTypeError, "Error File Stream Handle.");
-        return -1;
-    }
-    if (!Position(position)) {
-        LogMessage(ASLogTypeError, "Failed to seek Pos(%d) to read.", position);
-        return -1;
-    }
-    return static_cast<int32_t>(
-        std::fread(buffer, static_cast<size_t>(size), static_cast<size_t>(count), m_hFile));
+    return Transfer(count, size, position, "seek", "read", [&](size_t bytes, size_t items) {
+        return std::fread(buffer, bytes, items, m_hFile);
+    });
 }

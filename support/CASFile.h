@@ -58,6 +58,9 @@ private:
     friend struct SupportLayoutProbe;
 
     bool Position(int32_t position);
+    template <typename Move>
+    int32_t Transfer(int32_t count, int32_t size, int32_t position, const char* seekWord,
+                     const char* purpose, Move move);
 
     FILE* m_hFile = nullptr;
     ASFileOperation m_operation = ASFileOperationRead;

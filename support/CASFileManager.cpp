@@ -32,7 +32,8 @@ char* StorePath(char* buffer, bool sizeFits, const std::string& path, const char
         CASObject::LogMessage(ASLogTypeError, "%s", message);
         return nullptr;
     }
-    return std::strcpy(buffer, path.c_str());
+    std::memcpy(buffer, path.c_str(), path.size() + 1);
+    return buffer;
 }
 
 char* StoreUserPath(char* buffer, uint32_t size, const std::string& path) {
@@ -116,7 +117,8 @@ char* CASFileManager::CreateFileName(char* buffer, uint32_t size) {
     char text[ASTimeTextSize];
     ASMakeTimeText(text, std::time(nullptr));
     ASMakeTimeTextFileName(text);
-    return std::strcpy(buffer, text);
+    std::memcpy(buffer, text, std::strlen(text) + 1);
+    return buffer;
 }
 
 char* CASFileManager::GetApplicationSupportPath(char* buffer, uint32_t size) {

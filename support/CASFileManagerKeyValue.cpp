@@ -24,7 +24,8 @@ const char* CASFileManager::GetKeyValue(const char* key) {
         return nullptr;
     thread_local std::string text;
     text = stored;
-    return text.c_str();
+    return text.c_str(); // NOLINT(clang-analyzer-cplusplus.InnerPointer): the thread's own until
+                         // its next call
 }
 
 bool CASFileManager::SetKeyValue(const void* data, uint32_t size, const char* key) {

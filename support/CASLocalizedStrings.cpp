@@ -1,5 +1,6 @@
 #include "support/CASLocalizedStrings.h"
 
+#include "support/detail/OpenFile.h"
 #include "support/detail/Platform.h"
 #include "support/detail/PropertyList.h"
 
@@ -40,7 +41,8 @@ const char* LocalePart(size_t index) {
         part = locale.substr(0, first);
     else
         part = locale.substr(first + 1, locale.find('_', first + 1) - first - 1);
-    return part.c_str();
+    return part.c_str(); // NOLINT(clang-analyzer-cplusplus.InnerPointer): the thread's own until
+                         // its next call
 }
 
 } // namespace
@@ -84,12 +86,9 @@ bool CASLocalizedStrings::saveLocalizeStrings(const char* path) {
     plist_to_xml(table, &text, &size);
     if (text == nullptr)
         return false;
-    FILE* file = std::fopen(path, "wb");
-    bool written = false;
-    if (file != nullptr) {
-        written = std::fwrite(text, 1, size, file) == size;
-        written = std::fclose(file) == 0 && written;
-    }
+    const ASOpenFile file(std::fopen(path, "wb"));
+    const bool written = file != nullptr && std::fwrite(text, 1, size, file.get()) == size &&
+                         std::fflush(file.get()) == 0;
     plist_to_xml_free(text);
     return written;
 }

@@ -9,7 +9,8 @@
 #include <limits>
 
 // The pool is a memory manager: raw memory of the C heap is its subject.
-// NOLINTBEGIN(cppcoreguidelines-no-malloc, cppcoreguidelines-owning-memory)
+// NOLINTBEGIN(cppcoreguidelines-no-malloc, cppcoreguidelines-owning-memory,
+// clang-analyzer-unix.Malloc)
 
 namespace {
 
@@ -223,4 +224,5 @@ void CASMemoryPool::DeallocateAllChunks() {
     ASKeepForever(remembered);
 }
 
-// NOLINTEND(cppcoreguidelines-no-malloc, cppcoreguidelines-owning-memory)
+// NOLINTEND(cppcoreguidelines-no-malloc, cppcoreguidelines-owning-memory,
+// clang-analyzer-unix.Malloc)

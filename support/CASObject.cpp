@@ -22,10 +22,13 @@ void CASObject::LogMessage(ASLogType type, const char* format, ...) {
     std::strncpy(text, GetLogTypeStr(type), bufferSize - 1);
     va_list args;
     va_start(args, format);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): started above
     std::vsnprintf(message, bufferSize, format, args);
     va_end(args);
     // A message that fills its buffer loses as many bytes as the prefix takes.
     const size_t used = std::strlen(text);
-    std::memcpy(text + used, message, std::min(std::strlen(message), bufferSize - 1 - used));
+    const size_t length = std::min(std::strlen(message), bufferSize - 1 - used);
+    std::memcpy(text + used, message, length);
+    text[used + length] = '\0';
     ASLogTextA(text);
 }

@@ -1,6 +1,7 @@
 #include "support/CGImage.h"
 
 #include "support/detail/JpegDecoder.h"
+#include "support/detail/OpenFile.h"
 #include "support/detail/Pixel.h"
 
 #include <cairo.h>
@@ -10,11 +11,6 @@
 #include <cstring>
 
 namespace {
-
-struct FileClose {
-    void operator()(FILE* file) const { std::fclose(file); }
-};
-using OpenFile = std::unique_ptr<FILE, FileClose>;
 
 CGImageRef MakeImage(cairo_surface_t* surface) {
     if (surface == nullptr)
@@ -77,7 +73,7 @@ CGImageRef CGImageCreateWithPNGFile(const char* path) {
 CGImageRef CGImageCreateWithJPEGFile(const char* path) {
     if (path == nullptr)
         return nullptr;
-    const OpenFile file(std::fopen(path, "rb"));
+    const ASOpenFile file(std::fopen(path, "rb"));
     return file == nullptr ? nullptr : MakeImage(ASDecodeJpeg(file.get()));
 }
 
@@ -86,7 +82,7 @@ CGImageRef CGImageCreateWithFile(const char* path) {
         return nullptr;
     unsigned char first[2] = {};
     {
-        const OpenFile file(std::fopen(path, "rb"));
+        const ASOpenFile file(std::fopen(path, "rb"));
         if (file == nullptr || std::fread(first, 1, sizeof first, file.get()) != sizeof first)
             return nullptr;
     }

@@ -1,5 +1,7 @@
 #include "support/detail/PropertyList.h"
 
+#include "support/detail/OpenFile.h"
+
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
@@ -9,12 +11,8 @@
 
 namespace {
 
-struct FileClose {
-    void operator()(FILE* file) const { std::fclose(file); }
-};
-
 bool ReadAll(FILE* file, std::vector<char>& bytes) {
-    constexpr size_t step = 64 * 1024;
+    constexpr size_t step = size_t{64} * 1024;
     size_t taken = 0;
     do {
         bytes.resize(bytes.size() + step);
@@ -47,7 +45,7 @@ size_t SequenceLength(const unsigned char* text) {
 
 ASPropertyListState ASReadDictionary(const std::string& path, ASPropertyList& dictionary) {
     dictionary.reset();
-    const std::unique_ptr<FILE, FileClose> file(std::fopen(path.c_str(), "rb"));
+    const ASOpenFile file(std::fopen(path.c_str(), "rb"));
     if (file == nullptr)
         return errno == ENOENT ? ASPropertyListState::Missing : ASPropertyListState::Unreadable;
     std::vector<char> bytes;
