@@ -70,10 +70,12 @@ public:
 
 private:
     Checked takeOption(const CommandWord& option) {
-        bool* const flag = option.text == "--json"         ? &m_request.json
-                           : option.text == "--quiet"      ? &m_request.quiet
-                           : option.text == "--keep-going" ? &m_request.keepGoing
-                                                           : nullptr;
+        bool* const flag = option.text == "--json"           ? &m_request.json
+                           : option.text == "--quiet"        ? &m_request.quiet
+                           : option.text == "--keep-going"   ? &m_request.keepGoing
+                           : option.text == "--verify"       ? &m_request.verify
+                           : option.text == "--flat-outline" ? &m_request.flatOutline
+                                                             : nullptr;
         if (flag != nullptr) {
             *flag = true;
             return CommandWords::checkNoValue(option);

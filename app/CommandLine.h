@@ -34,6 +34,8 @@ struct ComposeRequest {
     bool json = false;
     bool quiet = false;
     bool keepGoing = false;
+    bool verify = false;              ///< read each output back
+    bool flatOutline = false;         ///< no outline entries for the files
     std::vector<GroupRequest> groups; ///< at least one
 };
 

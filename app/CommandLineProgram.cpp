@@ -30,9 +30,9 @@ int CommandLineProgram::runCommand(ComposeRequest& request) {
         return refuse(read.error());
     }
     m_compose.emplace(std::move(request),
-                      ComposeCommand::Surroundings{m_process.output, m_process.defaultOutputFolder,
-                                                   m_process.watchForStop(),
-                                                   m_process.interruptedStatus});
+                      ComposeCommand::Surroundings{
+                          m_process.output, m_process.defaultOutputFolder, m_process.watchForStop(),
+                          m_process.interruptedStatus, m_process.endsAfterwards});
     return m_compose->run();
 }
 

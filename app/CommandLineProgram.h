@@ -21,6 +21,7 @@ public:
         std::function<std::string()> defaultOutputFolder; ///< settles it; may make folders
         std::function<std::stop_token()> watchForStop;    ///< called before a long job
         std::function<int()> interruptedStatus;           ///< exit status once asked to stop
+        bool endsAfterwards = false;                      ///< right after the command
     };
 
     explicit CommandLineProgram(Process process) : m_process(std::move(process)) {}

@@ -5,12 +5,14 @@
 #include "app/TerminalText.h"
 #include "model/FileNames.h"
 #include "platform/files/PrivateFolder.h"
+#include "platform/pdf/PDFVerifier.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace quillorn {
 
@@ -98,7 +100,7 @@ void ComposeCommand::writeGroups() {
         } else if (folderError) {
             fail(target, "the output folder cannot be made: " + errnoText(folderError.value()));
             m_report.status = exit_status::notWritten;
-        } else if (!writeGroup(m_plan.groups[i], target)) {
+        } else if (!writeGroup(m_plan.groups[i], target, i + 1 == m_plan.groups.size())) {
             m_report.failed.push_back(FailedOutput{fullPath(target), "interrupted"});
             goesOn = false;
         }
@@ -108,10 +110,12 @@ void ComposeCommand::writeGroups() {
     }
 }
 
-bool ComposeCommand::writeGroup(const OutputGroup& group, const std::string& target) {
+bool ComposeCommand::writeGroup(const OutputGroup& group, const std::string& target, bool isLast) {
     const CommandOutput& output = m_surroundings.output;
     PDFWriteOptions options;
     options.stop = m_surroundings.stop;
+    options.flatOutline = m_request.flatOutline;
+    options.leaveMemoryToProcessEnd = isLast && m_surroundings.processEndsAfterwards;
     std::optional<ProgressLine> progress;
     if (output.progressWidth > 0 && !m_request.quiet) {
         progress.emplace(output.troubles, output.progressWidth, printable(group.name));
@@ -128,13 +132,43 @@ bool ComposeCommand::writeGroup(const OutputGroup& group, const std::string& tar
         return true;
     }
     if (!m_request.json && !m_request.quiet) {
-        output.results << "wrote " << printable(fullPath(written->file.string())) << ", "
-                       << counted(written->pages, "page") << ", " << counted(written->bytes, "byte")
-                       << '\n'
-                       << std::flush;
+        tellOf(*written);
+    }
+    if (m_request.verify) {
+        verify(*written);
     }
     m_report.outputs.push_back(std::move(*written));
     return true;
+}
+
+void ComposeCommand::tellOf(const PDFWriteReport& written) {
+    std::ostream& results = m_surroundings.output.results;
+    results << "wrote " << printable(fullPath(written.file.string())) << ", "
+            << counted(written.pages, "page") << ", " << counted(written.bytes, "byte") << '\n';
+    for (const PDFCarryNote& note : written.notes) {
+        results << "  " << printable(lastPathComponent(note.file.string())) << ": "
+                << printable(note.text()) << '\n';
+    }
+    results << std::flush;
+}
+
+void ComposeCommand::verify(const PDFWriteReport& written) {
+    const auto verification = verifyPDF(written.file, written.pages);
+    std::vector<std::string> problems = verification
+                                            ? verification->problems
+                                            : std::vector<std::string>{verification.error().reason};
+    if (problems.empty()) {
+        return;
+    }
+    m_report.status = exit_status::notWritten;
+    const std::string file = fullPath(written.file.string());
+    m_surroundings.output.troubles << printable(lastPathComponent(file))
+                                   << " did not pass the verification.\n";
+    for (const std::string& problem : problems) {
+        m_surroundings.output.troubles << "  " << printable(file) << ": " << printable(problem)
+                                       << '\n';
+        m_report.failed.push_back(FailedOutput{file, problem});
+    }
 }
 
 void ComposeCommand::fail(const std::string& file, const std::string& reason) {

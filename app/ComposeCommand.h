@@ -23,6 +23,7 @@ public:
         std::function<std::string()> defaultOutputFolder; ///< asked only when no folder is given
         std::stop_token stop;
         std::function<int()> interruptedStatus; ///< the exit status once `stop` was requested
+        bool processEndsAfterwards = false;     ///< so memory need not be given back
     };
 
     /// Passwords are given as text (PasswordFiles.h).
@@ -37,7 +38,9 @@ private:
     [[nodiscard]] bool inputsAreFine();
     void writeGroups();
     /// False when the stop request came in between and nothing was written.
-    [[nodiscard]] bool writeGroup(const OutputGroup& group, const std::string& target);
+    [[nodiscard]] bool writeGroup(const OutputGroup& group, const std::string& target, bool isLast);
+    void tellOf(const PDFWriteReport& written);
+    void verify(const PDFWriteReport& written);
     void fail(const std::string& file, const std::string& reason);
     void interrupt();
 

@@ -115,7 +115,12 @@ ComposeInputs::Source ComposeInputs::open(const std::string& path, const FileReq
     if (!opened) {
         return refuse(std::move(opened.error()));
     }
-    place->second = (*opened)->source();
+    // A page count that the file merely states may be wrong, and no page may get lost.
+    auto counted = (*opened)->source()->withCountedPages();
+    if (!counted) {
+        return refuse(ImportRefusal::make(Kind::notLegal, path, counted.error().reason));
+    }
+    place->second = std::move(*counted);
     return place->second;
 }
 

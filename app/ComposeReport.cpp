@@ -9,9 +9,18 @@ std::string composeReportJSON(const ComposeReport& report) {
     using Json = nlohmann::ordered_json;
     Json outputs = Json::array();
     for (const PDFWriteReport& output : report.outputs) {
+        Json notes = Json::array();
+        for (const PDFCarryNote& note : output.notes) {
+            notes.push_back({{"kind", carryNoteName(note.kind)},
+                             {"file", fullPath(note.file.string())},
+                             {"count", note.count},
+                             {"example", note.example},
+                             {"text", note.text()}});
+        }
         outputs.push_back({{"file", fullPath(output.file.string())},
                            {"pages", output.pages},
-                           {"bytes", output.bytes}});
+                           {"bytes", output.bytes},
+                           {"notes", std::move(notes)}});
     }
     Json failed = Json::array();
     for (const FailedOutput& output : report.failed) {

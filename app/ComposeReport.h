@@ -23,7 +23,8 @@ struct ComposeReport {
     int status = 0;         ///< exit status
 };
 
-/// The report as one JSON object with a line end: "outputs" (file, pages, bytes), "refused"
+/// The report as one JSON object with a line end: "outputs" (file, pages, bytes, and "notes" of
+/// what could not be carried along: kind, file, count, example, text), "refused"
 /// (file, message, reason), "failed" (file, reason), "status", and "error" when the command line
 /// made no sense. Bytes that are no UTF-8 are replaced.
 [[nodiscard]] std::string composeReportJSON(const ComposeReport& report);

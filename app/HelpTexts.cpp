@@ -37,6 +37,10 @@ Options:
                          the folder chosen in the program, at first
                          "Movies/Quillorn Folivane" in the home folder
   --keep-going           write what can be written although a FILE was refused
+  --verify               read every written PDF back and check its pages, and that every
+                         link and outline entry leads to one of them
+  --flat-outline         merge the outlines of several files without an entry for
+                         each file over its own ones
   --json                 report on standard output as one JSON object
   --quiet                say nothing on standard output unless --json asks for it,
                          and show no progress
@@ -62,7 +66,7 @@ Exit status:
   0    everything was written
   2    the command line makes no sense; nothing was written
   3    a FILE was refused; nothing was written, or with --keep-going only the rest
-  4    a PDF could not be written; the others were
+  4    a PDF could not be written, or did not pass --verify; the others were written
   130  interrupted, as by Ctrl-C (143 when asked to terminate)
 All FILEs are checked before anything is written, and a PDF is either written whole or
 not at all.

@@ -1,14 +1,15 @@
 #include "app/CommandLineProgram.h"
 #include "app/ExitStatus.h"
 #include "app/Interrupts.h"
+#include "app/StoredPreferences.h"
 #include "composer/OutputFolder.h"
 #include "platform/files/FileDescriptor.h"
 #include "platform/ui/HomeFolder.h"
-#include "platform/ui/SettingsPreferences.h"
 
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -28,8 +29,12 @@ std::size_t terminalWidth() {
 }
 
 std::string defaultOutputFolder() {
-    const quillorn::SettingsPreferences preferences;
-    return quillorn::InitAppPath(preferences, quillorn::homeFolder());
+    const auto preferences = quillorn::openStoredPreferences();
+    if (!preferences) {
+        throw std::runtime_error(preferences.error().file.string() + ": " +
+                                 preferences.error().reason);
+    }
+    return quillorn::InitAppPath(**preferences, quillorn::homeFolder());
 }
 
 /// Runs the command and makes sure that what it had to say was heard.
@@ -47,20 +52,26 @@ int runProgram(quillorn::CommandLineProgram& program, const std::vector<std::str
 // The locale stays "C": libraries that read numbers with it would take "0.5" of a PDF for 0 where
 // people write "0,5". What depends on the user's locale asks for it by itself.
 int main(int argc, char** argv) {
+#ifdef QUILLORN_QUICK_EXIT
+    constexpr bool endsAfterwards = true;
+#else
+    constexpr bool endsAfterwards = false;
+#endif
     quillorn::raiseOpenFileLimit();
     quillorn::ignoreSignalsOfWriting();
     try {
         quillorn::CommandLineProgram program({{std::cout, std::cerr, terminalWidth()},
                                               defaultOutputFolder,
                                               quillorn::Interrupts::watch,
-                                              quillorn::Interrupts::exitStatus});
+                                              quillorn::Interrupts::exitStatus,
+                                              endsAfterwards});
         const int status =
             runProgram(program, std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
-#ifdef QUILLORN_QUICK_EXIT
-        // Everything is written and flushed; giving back a large document piece by piece would
-        // only keep the user waiting.
-        std::_Exit(status);
-#endif
+        if (endsAfterwards) {
+            // Everything is written and flushed; giving back a large document piece by piece
+            // would only keep the user waiting.
+            std::_Exit(status);
+        }
         return status;
     } catch (const std::exception& error) {
         std::cerr << "The program cannot go on: " << error.what() << '\n';

@@ -241,21 +241,30 @@ PDFResult<PDFPageGeometry> PDFSource::geometry(std::size_t index) const {
                                        "there is no page " + std::to_string(index + 1)});
     }
     return ask<PDFPageGeometry>(PDFError::Kind::damagedPage, [&](PDFReader& reader) -> Answer {
-        QPDFObjectHandle page = reader.pageTree().page(index);
-        if (!page.isInitialized()) {
+        // Until somebody needs the whole tree, one page is found without it.
+        std::optional<PageTree::Located> located;
+        if (reader.inOrder && !reader.pages) {
+            located = PageTree::locate(*reader.document, index);
+        }
+        if (!located) {
+            const PageTree& tree = reader.pageTree();
+            if (index < tree.pageCount() && tree.page(index).isInitialized()) {
+                located = PageTree::Located{tree.page(index), tree.inherited(index)};
+            }
+        }
+        if (!located) {
             return tl::unexpected(
                 PDFError{PDFError::Kind::damagedPage, m_path,
                          "page " + std::to_string(index + 1) + " cannot be read"});
         }
+        QPDFObjectHandle page = located->page;
         PDFPageGeometry geometry;
-        geometry.mediaBox =
-            boxOf(reader.pageTree().attribute(index, "/MediaBox"), geometry.mediaBox);
-        geometry.cropBox = boxOf(reader.pageTree().attribute(index, "/CropBox"), geometry.mediaBox);
+        geometry.mediaBox = boxOf(PageTree::attribute(*located, "/MediaBox"), geometry.mediaBox);
+        geometry.cropBox = boxOf(PageTree::attribute(*located, "/CropBox"), geometry.mediaBox);
         geometry.bleedBox = boxOf(page.getKey("/BleedBox"), geometry.cropBox);
         geometry.trimBox = boxOf(page.getKey("/TrimBox"), geometry.cropBox);
         geometry.artBox = boxOf(page.getKey("/ArtBox"), geometry.cropBox);
-        if (QPDFObjectHandle turn = reader.pageTree().attribute(index, "/Rotate");
-            turn.isInteger()) {
+        if (QPDFObjectHandle turn = PageTree::attribute(*located, "/Rotate"); turn.isInteger()) {
             geometry.rotation = static_cast<int>(turn.getIntValue() % 360);
         }
         if (QPDFObjectHandle unit = page.getKey("/UserUnit");

@@ -21,6 +21,40 @@ bool holdsOnlyPages(QPDFObjectHandle& node, const std::vector<QPDFObjectHandle>&
     return first.isDictionary() && !first.hasKey("/Kids");
 }
 
+constexpr int deepestNode = 100;
+
+PageTree::Inherited inheritedBelow(QPDFObjectHandle node, PageTree::Inherited attributes) {
+    const auto take = [&node](const char* key, QPDFObjectHandle& value) {
+        if (QPDFObjectHandle own = node.getKey(key); !own.isNull()) {
+            value = own;
+        }
+    };
+    take("/Resources", attributes.resources);
+    take("/MediaBox", attributes.mediaBox);
+    take("/CropBox", attributes.cropBox);
+    take("/Rotate", attributes.rotate);
+    return attributes;
+}
+
+QPDFObjectHandle attributeOf(QPDFObjectHandle page, const PageTree::Inherited& inherited,
+                             const std::string& key) {
+    if (page.isDictionary()) {
+        if (QPDFObjectHandle own = page.getKey(key); !own.isNull()) {
+            return own;
+        }
+    }
+    if (key == "/Resources") {
+        return inherited.resources;
+    }
+    if (key == "/MediaBox") {
+        return inherited.mediaBox;
+    }
+    if (key == "/CropBox") {
+        return inherited.cropBox;
+    }
+    return key == "/Rotate" ? inherited.rotate : QPDFObjectHandle::newNull();
+}
+
 } // namespace
 
 struct PageTree::Frame {
@@ -93,17 +127,7 @@ void PageTree::walk(QPDF& document, QPDFObjectHandle root, Reading reading) {
 
 void PageTree::enter(QPDF& document, QPDFObjectHandle node, const Inherited& from, Reading reading,
                      std::vector<Frame>& open) {
-    Inherited attributes = from;
-    const auto take = [&node](const char* key, QPDFObjectHandle& value) {
-        if (QPDFObjectHandle own = node.getKey(key); !own.isNull()) {
-            value = own;
-        }
-    };
-    take("/Resources", attributes.resources);
-    take("/MediaBox", attributes.mediaBox);
-    take("/CropBox", attributes.cropBox);
-    take("/Rotate", attributes.rotate);
-    m_inherited.push_back(attributes);
+    m_inherited.push_back(inheritedBelow(node, from));
     m_nodes.push_back(node);
 
     Frame frame;
@@ -153,27 +177,54 @@ const PageTree::Inherited& PageTree::inherited(std::size_t index) const {
 }
 
 QPDFObjectHandle PageTree::attribute(std::size_t index, const char* key) const {
-    QPDFObjectHandle page = m_leaves.at(index).page;
-    if (page.isDictionary()) {
-        if (QPDFObjectHandle own = page.getKey(key); !own.isNull()) {
-            return own;
+    return attributeOf(m_leaves.at(index).page, inherited(index), key);
+}
+
+QPDFObjectHandle PageTree::attribute(const Located& located, const char* key) {
+    return attributeOf(located.page, located.inherited, key);
+}
+
+std::optional<PageTree::Located> PageTree::locate(QPDF& document, std::size_t index) {
+    QPDFObjectHandle node = document.getRoot().getKey("/Pages");
+    Inherited inherited;
+    for (int depth = 0; depth < deepestNode && node.isDictionary(); ++depth) {
+        QPDFObjectHandle list = node.getKey("/Kids");
+        if (!list.isArray()) {
+            break;
+        }
+        std::vector<QPDFObjectHandle> kids = list.getArrayAsVector();
+        inherited = inheritedBelow(node, inherited);
+        if (holdsOnlyPages(node, kids)) {
+            if (index < kids.size() && kids[index].isDictionary() && !kids[index].hasKey("/Kids")) {
+                return Located{kids[index], inherited};
+            }
+            break;
+        }
+        node = QPDFObjectHandle::newNull();
+        for (QPDFObjectHandle& kid : kids) {
+            if (!kid.isDictionary()) {
+                return std::nullopt;
+            }
+            QPDFObjectHandle count = kid.getKey("/Count");
+            if (!kid.hasKey("/Kids")) {
+                if (index == 0) {
+                    return Located{kid, inherited};
+                }
+                --index;
+                continue;
+            }
+            if (!count.isInteger() || count.getIntValue() < 0) {
+                return std::nullopt;
+            }
+            const auto pages = static_cast<std::size_t>(count.getIntValue());
+            if (index < pages) {
+                node = kid;
+                break;
+            }
+            index -= pages;
         }
     }
-    const std::string name(key);
-    const Inherited& from = inherited(index);
-    if (name == "/Resources") {
-        return from.resources;
-    }
-    if (name == "/MediaBox") {
-        return from.mediaBox;
-    }
-    if (name == "/CropBox") {
-        return from.cropBox;
-    }
-    if (name == "/Rotate") {
-        return from.rotate;
-    }
-    return QPDFObjectHandle::newNull();
+    return std::nullopt;
 }
 
 } // namespace quillorn

@@ -37,6 +37,15 @@ public:
     /// Nothing for a small document, whose pages are better counted, or when it states none.
     [[nodiscard]] static std::optional<std::size_t> statedPageCount(QPDF& document);
 
+    /// A page and what it inherits, found by stepping down the stated counts.
+    struct Located {
+        QPDFObjectHandle page;
+        Inherited inherited;
+    };
+    /// One page without looking at the others, in a file that is in order; nothing where the
+    /// counts on the way do not fit or lead to no page, which only the whole tree can settle.
+    [[nodiscard]] static std::optional<Located> locate(QPDF& document, std::size_t index);
+
     [[nodiscard]] std::size_t pageCount() const { return m_leaves.size(); }
 
     /// The page object itself, an indirect reference that may not have been read yet.
@@ -52,6 +61,9 @@ public:
 
     /// Inner nodes of the tree, the root included. Page objects point back at them.
     [[nodiscard]] const std::vector<QPDFObjectHandle>& innerNodes() const { return m_nodes; }
+
+    /// The same for a page that was located.
+    [[nodiscard]] static QPDFObjectHandle attribute(const Located& located, const char* key);
 
 private:
     struct Leaf {
