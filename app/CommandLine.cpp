@@ -195,8 +195,8 @@ tl::expected<std::optional<InfoRequest>, std::string> parseInfo(CommandWords& wo
             request.files.push_back(word->text);
         } else if (word->text == "--help" || word->text == "-h") {
             return std::nullopt;
-        } else if (word->text == "--json") {
-            request.json = true;
+        } else if (word->text == "--json" || word->text == "--count") {
+            (word->text == "--json" ? request.json : request.countOnly) = true;
             taken = CommandWords::checkNoValue(*word);
         } else if (word->text == "--password" || word->text == "--password-file") {
             auto value = words.valueOf(*word);
@@ -211,6 +211,9 @@ tl::expected<std::optional<InfoRequest>, std::string> parseInfo(CommandWords& wo
     }
     if (request.files.empty()) {
         return tl::unexpected(std::string("There is no file to tell about."));
+    }
+    if (request.json && request.countOnly) {
+        return tl::unexpected(std::string("--json and --count do not go together."));
     }
     return request;
 }

@@ -41,6 +41,7 @@ struct ComposeRequest {
 
 struct InfoRequest {
     bool json = false;
+    bool countOnly = false;         ///< just the number of pages; not together with `json`
     PasswordChoice password;        ///< tried on every file
     std::vector<std::string> files; ///< at least one
 };

@@ -93,6 +93,8 @@ Options:
   --password TEXT      open encrypted FILEs with this password. Others may see TEXT in
                        the system's list of programs while this one runs
   --password-file F    the same, taken from the first line of the file F
+  --count              tell just the number of pages, as the FILE states it: a line for
+                       each FILE, with its name when there are several
   --help               show this text
 
 After a lone -- every word is a FILE. A locked FILE without a password is told about as

@@ -2,6 +2,7 @@
 
 #include "app/ExitStatus.h"
 #include "app/FileInfo.h"
+#include "app/TerminalText.h"
 #include "import/PDFIntake.h"
 
 #include <utility>
@@ -20,6 +21,20 @@ int runInfoCommand(const InfoRequest& request, const CommandOutput& output) {
             output.results << std::flush; // so that both streams stay in order where they meet
             printRefusal(output.troubles, source.error());
             refused.push_back(std::move(source.error()));
+            continue;
+        }
+        if (request.countOnly) {
+            if ((*source)->isLocked()) {
+                refused.push_back(ImportRefusal::make(ImportRefusal::Kind::encrypted, path,
+                                                      "a password is needed to count its pages"));
+                printRefusal(output.troubles, refused.back());
+                continue;
+            }
+            output.results << (*source)->pageCount();
+            if (request.files.size() > 1) {
+                output.results << '\t' << printable(path);
+            }
+            output.results << '\n';
             continue;
         }
         FileInfo info = FileInfo::of(**source);
