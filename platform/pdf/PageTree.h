@@ -34,9 +34,13 @@ public:
     PageTree(QPDF& document, Reading reading);
 
     /// The number of pages that the root of the tree states, without reading anything else.
-    /// Nothing for a small document, whose pages are better counted, or when it states none.
-    [[nodiscard]] static std::optional<std::size_t> statedPageCount(QPDF& document);
+    /// Nothing for a small document, whose pages are better counted, or when it states none, or
+    /// more than a file of `fileSize` bytes can hold.
+    [[nodiscard]] static std::optional<std::size_t> statedPageCount(QPDF& document,
+                                                                    std::uint64_t fileSize);
 
+    /// The pages that are there. The root may have stated another number: the functions below
+    /// throw std::out_of_range, with a message for people, for an index from here on.
     [[nodiscard]] std::size_t pageCount() const { return m_leaves.size(); }
 
     /// The page object itself, an indirect reference that may not have been read yet.
@@ -60,6 +64,7 @@ private:
     };
     struct Frame;
 
+    [[nodiscard]] const Leaf& leaf(std::size_t index) const;
     void walk(QPDF& document, QPDFObjectHandle root, Reading reading);
     void enter(QPDF& document, QPDFObjectHandle node, const Inherited& from, Reading reading,
                std::vector<Frame>& open);
