@@ -50,7 +50,7 @@ class Program(Tool):
 
     def command(self, job, inputs, output):
         if isinstance(job, OpenJob):
-            return [*self.words, "info", str(inputs / job.file)]
+            return [*self.words, "info", "--count", str(inputs / job.file)]
         words = [*self.words, "compose", "--quiet", "--output-folder", str(output.parent)]
         words += ["--group", output.name]
         for part in job.parts:

@@ -45,12 +45,11 @@ PDFResult<std::unique_ptr<PDFReader>> PDFReader::open(const PDFReaderInput& inpu
     return guardLibrary(PDFError::Kind::notPDF, input.path, [&]() -> Result {
         auto reader = std::make_unique<PDFReader>();
         reader->document = std::make_unique<QPDF>();
-        QPDF& document = *reader->document;
-        document.setSuppressWarnings(true);
-        document.processInputSource(std::make_shared<DescriptorInputSource>(
-                                        input.descriptor, input.path.string(), input.size),
-                                    input.password.c_str());
-        reader->inOrder = !document.anyWarnings();
+        reader->document->setSuppressWarnings(true);
+        reader->document->processInputSource(std::make_shared<DescriptorInputSource>(
+                                                 input.descriptor, input.path.string(), input.size),
+                                             input.password.c_str());
+        reader->inOrder = !reader->document->anyWarnings();
         return reader;
     });
 }

@@ -119,12 +119,12 @@ PDFSource::openShared(const std::filesystem::path& path, std::shared_ptr<const S
     facts.encrypted = document.isEncrypted();
     facts.ownerPasswordMatched = facts.encrypted && document.ownerPasswordMatched();
     facts.permissions = permissionsOf(document);
-    auto counted = guardLibrary(
-        PDFError::Kind::notPDF, path, [&reader, &document]() -> PDFResult<std::size_t> {
-            const auto stated =
-                (*reader)->inOrder ? PageTree::statedPageCount(document) : std::nullopt;
-            return stated ? *stated : (*reader)->pageTree().pageCount();
-        });
+    auto counted = guardLibrary(PDFError::Kind::notPDF, path, [&]() -> PDFResult<std::size_t> {
+        const auto stated = (*reader)->inOrder
+                                ? PageTree::statedPageCount(document, source->fileSize())
+                                : std::nullopt;
+        return stated ? *stated : (*reader)->pageTree().pageCount();
+    });
     if (!counted) {
         return tl::unexpected(std::move(counted.error()));
     }

@@ -1,6 +1,8 @@
 #include "platform/pdf/PageTree.h"
 
 #include <set>
+#include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace quillorn {
@@ -80,11 +82,17 @@ PageTree::PageTree(QPDF& document, Reading reading) {
     }
 }
 
-std::optional<std::size_t> PageTree::statedPageCount(QPDF& document) {
+std::optional<std::size_t> PageTree::statedPageCount(QPDF& document, std::uint64_t fileSize) {
     QPDFObjectHandle root = document.getRoot().getKey("/Pages");
     QPDFObjectHandle count = root.getKeyIfDict("/Count");
     if (!count.isInteger() || count.getIntValue() <= thoroughUpTo ||
         !root.getKey("/Kids").isArray()) {
+        return std::nullopt;
+    }
+    // Each page is an object of its own, and even compressed takes a byte.
+    QPDFObjectHandle objects = document.getTrailer().getKey("/Size");
+    if (!objects.isInteger() || count.getIntValue() > objects.getIntValue() ||
+        static_cast<std::uint64_t>(count.getIntValue()) > fileSize) {
         return std::nullopt;
     }
     return static_cast<std::size_t>(count.getIntValue());
@@ -163,21 +171,29 @@ void PageTree::collectStrayPages(QPDF& document) {
     }
 }
 
+const PageTree::Leaf& PageTree::leaf(std::size_t index) const {
+    if (index >= m_leaves.size()) {
+        throw std::out_of_range("page " + std::to_string(index + 1) +
+                                " is missing from the page tree");
+    }
+    return m_leaves[index];
+}
+
 QPDFObjectHandle PageTree::reference(std::size_t index) const {
-    return m_leaves.at(index).page;
+    return leaf(index).page;
 }
 
 QPDFObjectHandle PageTree::page(std::size_t index) const {
-    QPDFObjectHandle page = m_leaves.at(index).page;
+    QPDFObjectHandle page = leaf(index).page;
     return page.isDictionary() ? page : QPDFObjectHandle();
 }
 
 const PageTree::Inherited& PageTree::inherited(std::size_t index) const {
-    return m_inherited[m_leaves.at(index).inherited];
+    return m_inherited[leaf(index).inherited];
 }
 
 QPDFObjectHandle PageTree::attribute(std::size_t index, const char* key) const {
-    return attributeOf(m_leaves.at(index).page, inherited(index), key);
+    return attributeOf(leaf(index).page, inherited(index), key);
 }
 
 QPDFObjectHandle PageTree::attribute(const Located& located, const char* key) {

@@ -34,8 +34,10 @@ public:
     PageTree(QPDF& document, Reading reading);
 
     /// The number of pages that the root of the tree states, without reading anything else.
-    /// Nothing for a small document, whose pages are better counted, or when it states none.
-    [[nodiscard]] static std::optional<std::size_t> statedPageCount(QPDF& document);
+    /// Nothing for a small document, whose pages are better counted, or when it states none, or
+    /// more than a file of `fileSize` bytes can hold.
+    [[nodiscard]] static std::optional<std::size_t> statedPageCount(QPDF& document,
+                                                                    std::uint64_t fileSize);
 
     /// A page and what it inherits, found by stepping down the stated counts.
     struct Located {
@@ -46,6 +48,8 @@ public:
     /// counts on the way do not fit or lead to no page, which only the whole tree can settle.
     [[nodiscard]] static std::optional<Located> locate(QPDF& document, std::size_t index);
 
+    /// The pages that are there. The root may have stated another number: the functions below
+    /// throw std::out_of_range, with a message for people, for an index from here on.
     [[nodiscard]] std::size_t pageCount() const { return m_leaves.size(); }
 
     /// The page object itself, an indirect reference that may not have been read yet.
@@ -72,6 +76,7 @@ private:
     };
     struct Frame;
 
+    [[nodiscard]] const Leaf& leaf(std::size_t index) const;
     void walk(QPDF& document, QPDFObjectHandle root, Reading reading);
     void enter(QPDF& document, QPDFObjectHandle node, const Inherited& from, Reading reading,
                std::vector<Frame>& open);

@@ -1,5 +1,7 @@
+#include "platform/pdf/PDFSource.h"
 #include "tests/corpus/Corpus.h"
 #include "tests/corpus/Handling.h"
+#include "tests/corpus/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -7,6 +9,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <iomanip>
 #include <iterator>
 #include <random>
 #include <set>
@@ -77,6 +80,25 @@ TEST_P(SmallDocument, IsComposedOrRefusedWithAnyByteDamaged) {
         EXPECT_EQ(misbehaviourWith(damaged, GetParam()), "")
             << "byte " << place << " combined with " << static_cast<int>(change);
     }
+}
+
+TEST(PageCount, IsNotBelievedWhenTheFileCannotHoldSoManyPages) {
+    const std::string body = "%PDF-1.4\n1 0 obj\n<</Type/Catalog/Pages 2 0 R>>\nendobj\n"
+                             "2 0 obj\n<</Type/Pages/Kids[3 0 R]/Count 9999999999>>\nendobj\n"
+                             "3 0 obj\n<</Type/Page/Parent 2 0 R/MediaBox[0 0 9 9]>>\nendobj\n";
+    std::ostringstream file;
+    file << body << "xref\n0 4\n0000000000 65535 f \n" << std::setfill('0');
+    for (const char* object : {"1 0 obj", "2 0 obj", "3 0 obj"}) {
+        file << std::setw(10) << body.find(object) << " 00000 n \n";
+    }
+    file << "trailer\n<</Size 4/Root 1 0 R>>\nstartxref\n" << body.size() << "\n%%EOF\n";
+
+    const TemporaryFolder folder;
+    std::ofstream(folder.path() / "input.pdf", std::ios::binary) << file.str();
+    const auto source = PDFSource::open(folder.path() / "input.pdf");
+    ASSERT_TRUE(source) << source.error().reason;
+    EXPECT_TRUE((*source)->warnings().empty());
+    EXPECT_EQ((*source)->pageCount(), 1U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Corpus, DamagedDocument,
