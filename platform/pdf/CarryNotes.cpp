@@ -19,6 +19,9 @@ Wording wordingOf(PDFCarryNote::Kind kind) {
     case Kind::outlineEntryDropped:
         return {"outline-entry-dropped", "outline entry dropped", "outline entries dropped",
                 "the target stayed behind"};
+    case Kind::outlineTargetLost:
+        return {"outline-target-lost", "outline entry kept as a heading",
+                "outline entries kept as headings", "the target stayed behind"};
     case Kind::signatureInvalid:
         return {"signature-invalid", "signature kept as a picture only",
                 "signatures kept as pictures only", "a changed document is no longer signed"};

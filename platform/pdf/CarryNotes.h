@@ -14,6 +14,7 @@ struct PDFCarryNote {
     enum class Kind {
         linkRemoved,         ///< a link or action whose target page stayed behind
         outlineEntryDropped, ///< an outline entry whose target page stayed behind
+        outlineTargetLost,   ///< an entry that stayed, without its target, for those below it
         signatureInvalid,    ///< a signature, now only an appearance
         fieldRenamed,        ///< a form field whose name clashed with another document's
         formScriptingLost,   ///< an XFA form description, replaced by the plain form

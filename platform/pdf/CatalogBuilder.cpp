@@ -1,7 +1,6 @@
 #include "platform/pdf/CatalogBuilder.h"
 
 #include "platform/pdf/LabelRanges.h"
-#include "platform/pdf/LinkCarrier.h"
 #include "platform/pdf/RepeatedPages.h"
 
 #include <array>
@@ -28,39 +27,49 @@ std::string conditionsOf(QPDFObjectHandle intents) {
     return conditions;
 }
 
+/// Takes the entries off a page that only mean something beside a structure tree.
+void forgetStructure(QPDFObjectHandle page) {
+    page.removeKey("/StructParents");
+    if (page.getKey("/Tabs").isNameAndEquals("/S")) {
+        page.removeKey("/Tabs"); // the tab order follows the structure
+    }
+}
+
 } // namespace
 
 void CatalogBuilder::prepare(CarryContext& context) {
     m_destinations.emplace(context.source, context.pages);
-    LinkCarrier links(context, *m_destinations);
+    m_links.emplace(context, *m_destinations);
     for (const std::size_t page : context.pages.kept()) {
         if (QPDFObjectHandle object = context.pages.sourcePage(page); object.isInitialized()) {
-            links.prepare(object);
+            m_links->preparePage(object);
+            if (!context.isWholeDocument()) {
+                forgetStructure(object);
+            }
         }
     }
-    m_forms.prepare(context);
+    m_forms.prepare(context, *m_links);
     m_threads.prepare(context);
 }
 
 void CatalogBuilder::collect(CarryContext& context,
                              const std::vector<QPDFObjectHandle>& outputPages) {
     ++m_sources;
-    m_outlines.collect(context, *m_destinations);
+    m_outlines.collect(context, *m_destinations, *m_links);
     m_forms.collect(context);
     m_layers.collect(context);
     m_names.collect(context);
     m_threads.collect(context);
     const auto ranges = readLabelRanges(context.source.getRoot().getKey("/PageLabels"));
-    for (const std::size_t page : context.pages.kept()) {
-        for (const std::size_t output : context.pages.outputs(page)) {
-            m_labels.setLabel(output, page, ranges);
-        }
+    for (const PageUse& use : context.pages.uses()) {
+        m_labels.setLabel(use.output, use.page, ranges);
     }
     m_information.collect(context);
     collectStructure(context);
     collectOutputIntents(context);
     collectViewing(context);
     separateRepeatedPages(context, outputPages, m_forms);
+    m_links.reset();
     m_destinations.reset();
 }
 
@@ -72,15 +81,12 @@ void CatalogBuilder::collectStructure(const CarryContext& context) {
     if (!tree.isDictionary()) {
         return;
     }
-    if (context.onlySource && context.pages.isPermutation()) {
+    if (context.isWholeDocument()) {
         m_catalog.replaceKey("/StructTreeRoot", context.carried(tree));
         if (QPDFObjectHandle marks = catalog.getKey("/MarkInfo"); !marks.isNull()) {
             m_catalog.replaceKey("/MarkInfo", context.carried(marks));
         }
         return;
-    }
-    for (const std::size_t page : context.pages.kept()) {
-        context.pages.outputPage(page).removeKey("/StructParents");
     }
     context.notes.add(PDFCarryNote::Kind::structureLost, context.file);
 }

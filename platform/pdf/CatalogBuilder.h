@@ -6,6 +6,7 @@
 #include "platform/pdf/FormCarrier.h"
 #include "platform/pdf/LabelCarrier.h"
 #include "platform/pdf/LayerCarrier.h"
+#include "platform/pdf/LinkCarrier.h"
 #include "platform/pdf/NameTreeCarrier.h"
 #include "platform/pdf/OutlineCarrier.h"
 #include "platform/pdf/ThreadCarrier.h"
@@ -43,7 +44,10 @@ private:
     void collectOutputIntents(const CarryContext& context);
     void collectViewing(const CarryContext& context);
 
-    std::optional<Destinations> m_destinations; ///< of the source whose turn it is
+    // Of the source whose turn it is.
+    std::optional<Destinations> m_destinations;
+    std::optional<LinkCarrier> m_links;
+
     OutlineCarrier m_outlines;
     FormCarrier m_forms;
     LayerCarrier m_layers;

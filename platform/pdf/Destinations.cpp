@@ -47,7 +47,8 @@ std::optional<Destinations::Destination> Destinations::resolve(QPDFObjectHandle 
     if (!page && target.isInteger() && target.getIntValue() >= 0 &&
         static_cast<std::size_t>(target.getIntValue()) < m_pages.pageCount()) {
         // Meant for other documents only, but some producers number the pages of their own.
-        page = static_cast<std::size_t>(target.getIntValue());
+        page = m_pages.indexOf(
+            m_pages.sourceReference(static_cast<std::size_t>(target.getIntValue())));
     }
     if (!page) {
         return std::nullopt;

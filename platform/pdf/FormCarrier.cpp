@@ -1,6 +1,7 @@
 #include "platform/pdf/FormCarrier.h"
 
 #include "platform/pdf/FontNames.h"
+#include "platform/pdf/FormActions.h"
 
 #include <algorithm>
 #include <utility>
@@ -8,9 +9,6 @@
 namespace quillorn {
 
 namespace {
-
-/// Deeper field trees are no form that a reader could use; a widget below is detached instead.
-constexpr std::size_t deepestField = 100;
 
 QPDFObjectHandle formOf(QPDF& document) {
     return document.getRoot().getKey("/AcroForm");
@@ -21,77 +19,30 @@ std::string partialName(QPDFObjectHandle field) {
     return name.isString() ? name.getUTF8Value() : std::string();
 }
 
+bool keepsOwnLayout(const CarryContext& context) {
+    return context.onlySource && context.pages.isInOrder();
+}
+
 } // namespace
 
-void FormCarrier::prepare(const CarryContext& context) {
-    m_kept.clear();
-    m_keptIds.clear();
-    m_top.clear();
+void FormCarrier::prepare(const CarryContext& context, LinkCarrier& links) {
+    m_tree.reset();
     QPDFObjectHandle form = formOf(context.source);
-    if (!form.isDictionary()) {
+    if (!form.isDictionary() && links.widgets().empty()) {
         return;
     }
-    for (const std::size_t page : context.pages.kept()) {
-        QPDFObjectHandle annotations = context.pages.sourcePage(page).getKeyIfDict("/Annots");
-        if (!annotations.isArray()) {
-            continue;
-        }
-        for (QPDFObjectHandle& annotation : annotations.getArrayAsVector()) {
-            if (annotation.isIndirect() &&
-                annotation.getKeyIfDict("/Subtype").isNameAndEquals("/Widget") &&
-                m_keptIds.insert(annotation.getObjGen()).second) {
-                m_kept.push_back(annotation);
-                keepAncestors(context, annotation);
-            }
-        }
-    }
-    for (const QPDFObjectHandle& field : m_kept) {
-        cutBack(field);
+    m_tree.emplace(context, links.widgets());
+    for (const QPDFObjectHandle& field : m_tree->kept()) {
         dropSignature(context, field);
+        links.prepareActions(field);
     }
-    if (!m_kept.empty() && form.hasKey("/XFA") && !context.isWholeDocument()) {
-        context.notes.add(PDFCarryNote::Kind::formScriptingLost, context.file);
-    }
-    inheritFormDefaults(form);
-}
-
-void FormCarrier::keepAncestors(const CarryContext& context, QPDFObjectHandle widget) {
-    std::vector<QPDFObjectHandle> path{widget};
-    while (true) {
-        QPDFObjectHandle parent = path.back().getKey("/Parent");
-        if (!parent.isDictionary() || !parent.isIndirect()) {
-            m_top.push_back(path.back());
-            return;
-        }
-        const bool loops = std::any_of(path.begin(), path.end(), [&](const auto& node) {
-            return node.isIndirect() && node.getObjGen() == parent.getObjGen();
-        });
-        if (loops || path.size() >= deepestField) {
-            path.back().removeKey("/Parent");
-            m_top.push_back(path.back());
-            context.notes.add(PDFCarryNote::Kind::structureLimited, context.file, "form fields");
-            return;
-        }
-        if (!m_keptIds.insert(parent.getObjGen()).second) {
-            return; // another widget came this way
-        }
-        m_kept.push_back(parent);
-        path.push_back(parent);
-    }
-}
-
-void FormCarrier::cutBack(QPDFObjectHandle field) {
-    QPDFObjectHandle kids = field.getKey("/Kids");
-    if (!kids.isArray()) {
-        return;
-    }
-    std::vector<QPDFObjectHandle> staying;
-    for (const QPDFObjectHandle& kid : kids.getArrayAsVector()) {
-        if (kid.isIndirect() && m_keptIds.contains(kid.getObjGen())) {
-            staying.push_back(kid);
+    keepFieldsOfActions(links.formActions(), *m_tree);
+    if (form.isDictionary()) {
+        inheritFormDefaults(form);
+        if (form.hasKey("/XFA") && !keepsOwnLayout(context)) {
+            context.notes.add(PDFCarryNote::Kind::formScriptingLost, context.file);
         }
     }
-    field.replaceKey("/Kids", QPDFObjectHandle::newArray(staying));
 }
 
 void FormCarrier::dropSignature(const CarryContext& context, QPDFObjectHandle field) {
@@ -107,7 +58,7 @@ void FormCarrier::dropSignature(const CarryContext& context, QPDFObjectHandle fi
 /// What the form says for all its fields becomes each top field's own, since the form of the
 /// output serves several documents.
 void FormCarrier::inheritFormDefaults(QPDFObjectHandle form) {
-    for (QPDFObjectHandle& field : m_top) {
+    for (QPDFObjectHandle field : m_tree->top()) {
         for (const char* key : {"/DA", "/Q"}) {
             QPDFObjectHandle value = form.getKey(key);
             if (!value.isNull() && !field.hasKey(key)) {
@@ -118,56 +69,52 @@ void FormCarrier::inheritFormDefaults(QPDFObjectHandle form) {
 }
 
 void FormCarrier::collect(const CarryContext& context) {
-    if (m_kept.empty()) {
+    QPDFObjectHandle form = formOf(context.source);
+    m_collectedFields = false;
+    if (!form.isDictionary()) {
+        return; // widgets of no form are pictures
+    }
+    if (keepsOwnLayout(context)) {
+        m_xfa = context.carried(form.getKey("/XFA"));
+    }
+    if (m_tree->top().empty()) {
         return;
     }
-    QPDFObjectHandle form = formOf(context.source);
-    // Fields stand in the form's own order; widgets that it does not list come behind.
-    std::map<QPDFObjGen, std::size_t> places;
-    if (QPDFObjectHandle listed = form.getKey("/Fields"); listed.isArray()) {
-        for (const QPDFObjectHandle& field : listed.getArrayAsVector()) {
-            places.try_emplace(field.getObjGen(), places.size());
-        }
-    }
-    const auto place = [&places](const QPDFObjectHandle& field) {
-        const auto found = places.find(field.getObjGen());
-        return found == places.end() ? places.size() : found->second;
-    };
-    std::stable_sort(m_top.begin(), m_top.end(),
-                     [&place](const auto& a, const auto& b) { return place(a) < place(b); });
-    for (const QPDFObjectHandle& field : m_top) {
-        m_fields.push_back(Field{context.carried(field), m_sources.size()});
+    m_collectedFields = true;
+    SourceForm source;
+    source.file = context.file;
+    source.firstOutput = context.pages.firstOutput(context.pages.kept().front());
+    for (const QPDFObjectHandle& field : m_tree->top()) {
+        source.fields.push_back(context.carried(field));
     }
     if (QPDFObjectHandle order = form.getKey("/CO"); order.isArray()) {
         for (const QPDFObjectHandle& field : order.getArrayAsVector()) {
-            if (field.isIndirect() && m_keptIds.contains(field.getObjGen())) {
-                m_calculationOrder.push_back(context.carried(field));
+            if (m_tree->keeps(field)) {
+                source.calculationOrder.push_back(context.carried(field));
             }
         }
     }
     QPDFObjectHandle needed = form.getKey("/NeedAppearances");
     m_needAppearances = m_needAppearances || (needed.isBool() && needed.getBoolValue());
 
-    if (context.isWholeDocument()) {
-        m_xfa = context.carried(form.getKey("/XFA"));
+    std::vector<QPDFObjectHandle> fields;
+    for (const QPDFObjectHandle& field : m_tree->kept()) {
+        fields.push_back(context.carried(field));
     }
-    SourceForm source{context.file, context.carried(form.getKey("/DR")), {}};
-    for (const QPDFObjectHandle& field : m_kept) {
-        source.appearanceHolders.push_back(context.carried(field));
-    }
-    mergeResources(context.output, source);
+    mergeResources(context.output, context.carried(form.getKey("/DR")), std::move(fields));
     m_sources.push_back(std::move(source));
 }
 
-void FormCarrier::mergeResources(QPDF& output, SourceForm& source) {
-    if (!source.resources.isDictionary()) {
+void FormCarrier::mergeResources(QPDF& output, QPDFObjectHandle resources,
+                                 std::vector<QPDFObjectHandle> fields) {
+    if (!resources.isDictionary()) {
         return;
     }
     if (m_resources.isNull()) {
         m_resources = output.makeIndirectObject(QPDFObjectHandle::newDictionary());
     }
     std::map<std::string, std::string> renamedFonts;
-    for (auto& [category, entries] : source.resources.getDictAsMap()) {
+    for (auto& [category, entries] : resources.getDictAsMap()) {
         if (!entries.isDictionary()) {
             continue;
         }
@@ -188,7 +135,7 @@ void FormCarrier::mergeResources(QPDF& output, SourceForm& source) {
     if (renamedFonts.empty()) {
         return;
     }
-    for (QPDFObjectHandle& holder : source.appearanceHolders) {
+    for (QPDFObjectHandle& holder : fields) {
         if (QPDFObjectHandle appearance = holder.getKey("/DA"); appearance.isString()) {
             holder.replaceKey("/DA", QPDFObjectHandle::newString(
                                          renameFonts(appearance.getStringValue(), renamedFonts)));
@@ -200,60 +147,68 @@ void FormCarrier::replaceFields(const std::map<QPDFObjGen, QPDFObjectHandle>& re
     if (replacements.empty()) {
         return;
     }
-    const auto replaced = [&replacements](QPDFObjectHandle& field) {
-        if (const auto found = replacements.find(field.getObjGen()); found != replacements.end()) {
-            field = found->second;
+    const auto replace = [&replacements](std::vector<QPDFObjectHandle>& fields) {
+        for (QPDFObjectHandle& field : fields) {
+            if (const auto found = replacements.find(field.getObjGen());
+                found != replacements.end()) {
+                field = found->second;
+            }
         }
     };
-    for (Field& field : m_fields) {
-        replaced(field.object);
-    }
-    for (QPDFObjectHandle& field : m_calculationOrder) {
-        replaced(field);
+    for (SourceForm& source : m_sources) {
+        replace(source.fields);
+        replace(source.calculationOrder);
     }
 }
 
 void FormCarrier::renameClashingFields(CarryNotes& notes) {
-    std::map<std::string, std::size_t> owners; // name to the source that has it
-    for (const Field& field : m_fields) {
-        owners.try_emplace(partialName(field.object), field.source);
+    std::map<std::string, const SourceForm*> owners; // by name
+    for (const SourceForm& source : m_sources) {
+        for (const QPDFObjectHandle& field : source.fields) {
+            owners.try_emplace(partialName(field), &source);
+        }
     }
-    std::map<std::pair<std::size_t, std::string>, std::string> renamed;
-    for (Field& field : m_fields) {
-        const std::string name = partialName(field.object);
-        if (name.empty() || owners.at(name) == field.source) {
-            continue;
-        }
-        // Fields of one source that share a name are one field to a reader and stay it.
-        std::string& fresh = renamed[{field.source, name}];
-        for (int number = 2; fresh.empty(); ++number) {
-            const std::string candidate = name + " (" + std::to_string(number) + ")";
-            if (owners.try_emplace(candidate, field.source).second) {
-                fresh = candidate;
+    for (const SourceForm& source : m_sources) {
+        std::map<std::string, std::string> renamed;
+        for (QPDFObjectHandle field : source.fields) {
+            const std::string name = partialName(field);
+            if (name.empty() || owners.at(name) == &source) {
+                continue;
             }
+            // Fields of one source that share a name are one field to a reader and stay it.
+            std::string& fresh = renamed[name];
+            for (int number = 2; fresh.empty(); ++number) {
+                const std::string candidate = name + " (" + std::to_string(number) + ")";
+                if (owners.try_emplace(candidate, &source).second) {
+                    fresh = candidate;
+                }
+            }
+            field.replaceKey("/T", QPDFObjectHandle::newUnicodeString(fresh));
+            notes.add(PDFCarryNote::Kind::fieldRenamed, source.file, name);
         }
-        field.object.replaceKey("/T", QPDFObjectHandle::newUnicodeString(fresh));
-        notes.add(PDFCarryNote::Kind::fieldRenamed, m_sources[field.source].file, name);
     }
 }
 
 QPDFObjectHandle FormCarrier::finish(QPDF& output, CarryNotes& notes) {
-    if (m_fields.empty()) {
+    if (m_sources.empty() && m_xfa.isNull()) {
         return QPDFObjectHandle::newNull();
     }
+    std::stable_sort(m_sources.begin(), m_sources.end(),
+                     [](const auto& a, const auto& b) { return a.firstOutput < b.firstOutput; });
     renameClashingFields(notes);
     std::vector<QPDFObjectHandle> fields;
-    fields.reserve(m_fields.size());
-    for (const Field& field : m_fields) {
-        fields.push_back(field.object);
+    std::vector<QPDFObjectHandle> order;
+    for (const SourceForm& source : m_sources) {
+        fields.insert(fields.end(), source.fields.begin(), source.fields.end());
+        order.insert(order.end(), source.calculationOrder.begin(), source.calculationOrder.end());
     }
     QPDFObjectHandle form = QPDFObjectHandle::newDictionary();
     form.replaceKey("/Fields", QPDFObjectHandle::newArray(fields));
     if (!m_resources.isNull()) {
         form.replaceKey("/DR", m_resources);
     }
-    if (!m_calculationOrder.empty()) {
-        form.replaceKey("/CO", QPDFObjectHandle::newArray(m_calculationOrder));
+    if (!order.empty()) {
+        form.replaceKey("/CO", QPDFObjectHandle::newArray(order));
     }
     if (m_needAppearances) {
         form.replaceKey("/NeedAppearances", QPDFObjectHandle::newBool(true));

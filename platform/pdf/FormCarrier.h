@@ -1,13 +1,15 @@
 #pragma once
 
 #include "platform/pdf/CarryContext.h"
+#include "platform/pdf/FieldTree.h"
+#include "platform/pdf/LinkCarrier.h"
 
 #include <cstddef>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -15,19 +17,20 @@ namespace quillorn {
 
 /// Carries form fields (ISO 32000-1, 12.7) along with the widgets on the pages that stay.
 ///
-/// Before the pages of a source are copied, the field tree is cut back to the widgets of those
-/// pages, so a field drags nothing of other pages along and one field stays one field on however
-/// many kept pages it shows. The fields of all sources then share one form. A field whose name
-/// is taken by another document's is renamed; fonts that clash in the form's default resources
-/// are renamed together with the appearance strings that use them. A signature cannot survive
-/// in a new document: its appearance stays, its value goes. An XFA description stays only with
-/// its whole document.
+/// The fields of all sources share one form, in the order of the sources' first pages. A field
+/// whose name is taken by an earlier document's is renamed; fonts that clash in the form's
+/// default resources are renamed together with the appearance strings that use them; what a form
+/// says for all its fields becomes each field's own. A signature cannot survive in a new
+/// document: its appearance stays, its value goes. An XFA description, which lays out the pages
+/// by itself, stays only with its whole document in its own order.
 class FormCarrier {
 public:
-    /// Before the pages of a source are copied.
-    void prepare(const CarryContext& context);
+    /// Before the pages of a source are copied, after their links were prepared.
+    void prepare(const CarryContext& context, LinkCarrier& links);
     /// After they were placed.
     void collect(const CarryContext& context);
+    /// Whether the last source collected has fields in the output.
+    [[nodiscard]] bool collectedFields() const { return m_collectedFields; }
 
     /// Field objects of the output took the places of others (a widget shown twice became a
     /// field with two widgets). By the old object.
@@ -37,32 +40,25 @@ public:
     [[nodiscard]] QPDFObjectHandle finish(QPDF& output, CarryNotes& notes);
 
 private:
-    struct Field {
-        QPDFObjectHandle object; ///< in the output
-        std::size_t source;      ///< position in m_sources
-    };
+    /// What one source brings; all objects are the output's.
     struct SourceForm {
         std::filesystem::path file;
-        QPDFObjectHandle resources; ///< in the output; null where the form states none
-        std::vector<QPDFObjectHandle> appearanceHolders; ///< output objects that may state /DA
+        std::size_t firstOutput = 0;
+        std::vector<QPDFObjectHandle> fields; ///< without a parent
+        std::vector<QPDFObjectHandle> calculationOrder;
     };
 
-    void keepAncestors(const CarryContext& context, QPDFObjectHandle widget);
-    void cutBack(QPDFObjectHandle field);
     void dropSignature(const CarryContext& context, QPDFObjectHandle field);
     void inheritFormDefaults(QPDFObjectHandle form);
-    void mergeResources(QPDF& output, SourceForm& source);
+    /// Adds a source's default resources and renames fonts in the appearance strings of `fields`.
+    void mergeResources(QPDF& output, QPDFObjectHandle resources,
+                        std::vector<QPDFObjectHandle> fields);
     void renameClashingFields(CarryNotes& notes);
 
-    // The source whose turn it is.
-    std::vector<QPDFObjectHandle> m_kept; ///< widgets and fields that stay, each once
-    std::set<QPDFObjGen> m_keptIds;
-    std::vector<QPDFObjectHandle> m_top;
+    std::optional<FieldTree> m_tree; ///< of the source whose turn it is
+    bool m_collectedFields = false;
 
-    // The output.
     std::vector<SourceForm> m_sources;
-    std::vector<Field> m_fields;
-    std::vector<QPDFObjectHandle> m_calculationOrder;
     QPDFObjectHandle m_resources = QPDFObjectHandle::newNull();
     QPDFObjectHandle m_xfa = QPDFObjectHandle::newNull();
     bool m_needAppearances = false;

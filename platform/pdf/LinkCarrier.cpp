@@ -1,101 +1,164 @@
 #include "platform/pdf/LinkCarrier.h"
 
+#include "platform/pdf/ActionChain.h"
+#include "platform/pdf/FormActions.h"
+
 #include <cstddef>
-#include <vector>
+#include <string>
 
 namespace quillorn {
 
-namespace {
-
-constexpr std::size_t longestActionChain = 1'000;
-
-bool isGoTo(QPDFObjectHandle action) {
-    return action.getKeyIfDict("/S").isNameAndEquals("/GoTo");
-}
-
-} // namespace
-
-void LinkCarrier::prepare(QPDFObjectHandle page) {
+void LinkCarrier::preparePage(QPDFObjectHandle page) {
     prepareAdditionalActions(page);
     QPDFObjectHandle annotations = page.getKey("/Annots");
     if (!annotations.isArray()) {
         return;
     }
+    QPDFObjectHandle prepared;
+    if (annotations.isIndirect()) {
+        const auto known = m_lists.find(annotations.getObjGen());
+        prepared = known == m_lists.end() ? preparedList(annotations) : known->second;
+        m_lists.emplace(annotations.getObjGen(), prepared);
+    } else {
+        prepared = preparedList(annotations);
+    }
+    if (prepared.getObjectPtr() != annotations.getObjectPtr()) {
+        page.replaceKey("/Annots", prepared);
+    }
+}
+
+QPDFObjectHandle LinkCarrier::preparedList(QPDFObjectHandle annotations) {
     const std::vector<QPDFObjectHandle> all = annotations.getArrayAsVector();
     std::vector<QPDFObjectHandle> staying;
     staying.reserve(all.size());
     for (const QPDFObjectHandle& annotation : all) {
-        if (prepareAnnotation(annotation)) {
+        if (staysOnPage(annotation)) {
             staying.push_back(annotation);
-        } else {
-            m_context.notes.add(PDFCarryNote::Kind::linkRemoved, m_context.file);
         }
     }
-    if (staying.size() != all.size()) {
-        // A new array: pages may share the old one.
-        page.replaceKey("/Annots", QPDFObjectHandle::newArray(staying));
+    if (staying.size() == all.size()) {
+        return annotations;
     }
+    // A new list: pages that stay behind may share the old one.
+    QPDFObjectHandle list = QPDFObjectHandle::newArray(staying);
+    return annotations.isIndirect() ? m_context.source.makeIndirectObject(list) : list;
+}
+
+bool LinkCarrier::staysOnPage(const QPDFObjectHandle& annotation) {
+    if (!annotation.isIndirect()) {
+        return prepareAnnotation(annotation); // stands in one list, which is gone through once
+    }
+    const auto known = m_annotations.find(annotation.getObjGen());
+    if (known != m_annotations.end()) {
+        return known->second;
+    }
+    const bool stays = prepareAnnotation(annotation);
+    m_annotations.emplace(annotation.getObjGen(), stays);
+    return stays;
 }
 
 bool LinkCarrier::prepareAnnotation(QPDFObjectHandle annotation) {
     if (!annotation.isDictionary()) {
         return true;
     }
-    if (annotation.getKey("/Subtype").isNameAndEquals("/Link")) {
-        if (annotation.hasKey("/Dest")) {
-            return makeExplicit(annotation, "/Dest");
-        }
-        return prepareAction(annotation.getKey("/A"));
+    if (!m_context.isWholeDocument()) {
+        annotation.removeKey("/StructParent"); // see CatalogBuilder::collectStructure
     }
-    if (!prepareAction(annotation.getKey("/A"))) {
-        annotation.removeKey("/A");
-        m_context.notes.add(PDFCarryNote::Kind::linkRemoved, m_context.file);
+    QPDFObjectHandle subtype = annotation.getKey("/Subtype");
+    if (subtype.isNameAndEquals("/Link")) {
+        return prepareLink(annotation);
     }
-    prepareAdditionalActions(annotation);
+    if (subtype.isNameAndEquals("/Widget") && annotation.isIndirect()) {
+        m_widgets.push_back(annotation);
+    }
+    prepareActions(annotation);
+    return true;
+}
+
+void LinkCarrier::prepareActions(QPDFObjectHandle holder) {
+    prepareActionOf(holder, "/A");
+    prepareAdditionalActions(holder);
+}
+
+bool LinkCarrier::prepareLink(QPDFObjectHandle link) {
+    if (!link.hasKey("/Dest")) {
+        return prepareActionOf(link, "/A");
+    }
+    if (makeExplicit(link, "/Dest")) {
+        return true;
+    }
+    // Readers take the action of a link whose destination tells them nothing.
+    link.removeKey("/Dest");
+    if (link.hasKey("/A")) {
+        return prepareActionOf(link, "/A");
+    }
+    m_context.notes.add(PDFCarryNote::Kind::linkRemoved, m_context.file);
+    return false;
+}
+
+bool LinkCarrier::prepareActionOf(QPDFObjectHandle holder, const char* key) {
+    QPDFObjectHandle action = holder.getKey(key);
+    QPDFObjectHandle prepared = preparedAction(action);
+    if (prepared.isNull()) {
+        holder.removeKey(key);
+        return action.isNull();
+    }
+    if (prepared.getObjectPtr() != action.getObjectPtr()) {
+        holder.replaceKey(key, prepared);
+    }
     return true;
 }
 
 void LinkCarrier::prepareAdditionalActions(QPDFObjectHandle holder) {
     QPDFObjectHandle actions = holder.getKey("/AA");
-    if (!actions.isDictionary()) {
+    if (!actions.isDictionary() ||
+        (actions.isIndirect() && !m_additionalActions.insert(actions.getObjGen()).second)) {
         return;
     }
-    for (auto& [trigger, action] : actions.getDictAsMap()) {
-        if (!prepareAction(action)) {
-            actions.removeKey(trigger);
-            m_context.notes.add(PDFCarryNote::Kind::linkRemoved, m_context.file);
-        }
+    for (const std::string& trigger : actions.getKeys()) {
+        prepareActionOf(actions, trigger.c_str());
     }
 }
 
-bool LinkCarrier::prepareAction(QPDFObjectHandle action) {
-    if (isGoTo(action) && !makeExplicit(action, "/D")) {
-        return false;
+QPDFObjectHandle LinkCarrier::preparedAction(const QPDFObjectHandle& action) {
+    if (!action.isIndirect()) {
+        return preparedChain(action);
     }
-    // What follows an action that stays may go without it.
-    std::set<QPDFObjGen> seen;
-    for (std::size_t steps = 0; action.isDictionary() && steps < longestActionChain; ++steps) {
-        if (action.isIndirect() && !seen.insert(action.getObjGen()).second) {
-            break;
-        }
-        QPDFObjectHandle next = action.getKey("/Next");
-        if (next.isArray()) {
-            std::vector<QPDFObjectHandle> staying;
-            for (const QPDFObjectHandle& item : next.getArrayAsVector()) {
-                if (!isGoTo(item) || makeExplicit(item, "/D")) {
-                    staying.push_back(item);
-                }
-            }
-            action.replaceKey("/Next", QPDFObjectHandle::newArray(staying));
-            break;
-        }
-        if (isGoTo(next) && !makeExplicit(next, "/D")) {
-            action.removeKey("/Next");
-            break;
-        }
-        action = next;
+    const auto known = m_actions.find(action.getObjGen());
+    if (known != m_actions.end()) {
+        return known->second;
     }
-    return true;
+    QPDFObjectHandle prepared = preparedChain(action);
+    m_actions.emplace(action.getObjGen(), prepared);
+    return prepared;
+}
+
+QPDFObjectHandle LinkCarrier::preparedChain(const QPDFObjectHandle& action) {
+    if (!QPDFObjectHandle(action).isDictionary()) {
+        return action;
+    }
+    const ActionChain chain = actionChain(action);
+    std::vector<QPDFObjectHandle> staying;
+    for (const QPDFObjectHandle& step : chain.actions) {
+        if (!isGoTo(step) || makeExplicit(step, "/D")) {
+            staying.push_back(step);
+        } else {
+            m_context.notes.add(PDFCarryNote::Kind::linkRemoved, m_context.file);
+        }
+    }
+    QPDFObjectHandle prepared = action;
+    if (!chain.complete) {
+        m_context.notes.add(PDFCarryNote::Kind::structureLimited, m_context.file, "actions");
+    }
+    if (!chain.complete || staying.size() < chain.actions.size()) {
+        prepared = chained(m_context.source, staying);
+    }
+    for (const QPDFObjectHandle& step : actionChain(prepared).actions) {
+        if (namesFields(step)) {
+            m_formActions.push_back(step);
+        }
+    }
+    return prepared;
 }
 
 bool LinkCarrier::makeExplicit(QPDFObjectHandle holder, const char* key) {

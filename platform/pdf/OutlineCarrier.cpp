@@ -1,5 +1,7 @@
 #include "platform/pdf/OutlineCarrier.h"
 
+#include "platform/pdf/ActionChain.h"
+
 #include <algorithm>
 #include <array>
 #include <set>
@@ -22,65 +24,42 @@ constexpr std::array<const char*, 3> keptKeys{"/Title", "/C", "/F"};
 struct OutlineCarrier::Frame {
     QPDFObjectHandle next;
     std::size_t entry = 0; ///< the entry whose children these are; unused at the top
-    bool hasTarget = true;
+    Target target = Target::none;
+    bool isHeading = false; ///< has neither a target nor anything below it in its own document
     std::vector<std::size_t> children;
 };
 
-void OutlineCarrier::collect(const CarryContext& context, Destinations& destinations) {
+void OutlineCarrier::collect(const CarryContext& context, Destinations& destinations,
+                             LinkCarrier& links) {
     SourceOutline outline;
     outline.name = context.file.filename().string();
     outline.firstPage = context.pages.outputPage(context.pages.kept().front());
     outline.firstOutput = context.pages.firstOutput(context.pages.kept().front());
 
     std::set<QPDFObjGen> seen;
-    std::size_t visited = 0;
     std::vector<Frame> open(1);
     open.front().next = context.source.getRoot().getKey("/Outlines").getKeyIfDict("/First");
     while (!open.empty()) {
         QPDFObjectHandle item = open.back().next;
-        const bool fresh = item.isDictionary() && item.isIndirect() &&
-                           seen.insert(item.getObjGen()).second && visited < entryLimit;
-        if (!fresh) {
-            if (item.isDictionary() && item.isIndirect()) {
-                context.notes.add(PDFCarryNote::Kind::structureLimited, context.file, "outline");
-            }
-            closeFrame(context, open, outline);
+        if (!item.isDictionary() || !item.isIndirect()) {
+            close(context, open, outline);
             continue;
         }
-        ++visited;
+        if (open.size() > deepestEntry || seen.size() >= entryLimit ||
+            !seen.insert(item.getObjGen()).second) {
+            context.notes.add(PDFCarryNote::Kind::structureLimited, context.file, "outline");
+            close(context, open, outline);
+            continue;
+        }
         open.back().next = item.getKey("/Next");
-        Frame below;
-        below.entry = addEntry(context, destinations, item, below.hasTarget);
-        below.next =
-            open.size() < deepestEntry ? item.getKey("/First") : QPDFObjectHandle::newNull();
-        open.push_back(std::move(below));
+        open.push_back(enter(context, destinations, links, item));
     }
     m_outlines.push_back(std::move(outline));
 }
 
-void OutlineCarrier::closeFrame(const CarryContext& context, std::vector<Frame>& open,
-                                SourceOutline& outline) {
-    Frame done = std::move(open.back());
-    open.pop_back();
-    if (open.empty()) {
-        outline.top = std::move(done.children);
-        return;
-    }
-    Entry& entry = m_entries[done.entry];
-    entry.children = std::move(done.children);
-    if (done.hasTarget || !entry.children.empty()) {
-        open.back().children.push_back(done.entry);
-    }
-    if (!done.hasTarget) {
-        context.notes.add(PDFCarryNote::Kind::outlineEntryDropped, context.file,
-                          entry.object.getKey("/Title").isString()
-                              ? entry.object.getKey("/Title").getUTF8Value()
-                              : std::string());
-    }
-}
-
-std::size_t OutlineCarrier::addEntry(const CarryContext& context, Destinations& destinations,
-                                     QPDFObjectHandle item, bool& hasTarget) {
+OutlineCarrier::Frame OutlineCarrier::enter(const CarryContext& context, Destinations& destinations,
+                                            LinkCarrier& links, QPDFObjectHandle item) {
+    Frame frame;
     QPDFObjectHandle object = QPDFObjectHandle::newDictionary();
     for (const char* key : keptKeys) {
         if (QPDFObjectHandle value = item.getKey(key); !value.isNull()) {
@@ -91,24 +70,49 @@ std::size_t OutlineCarrier::addEntry(const CarryContext& context, Destinations& 
         object.replaceKey("/Title", QPDFObjectHandle::newString(""));
     }
     QPDFObjectHandle action = item.getKey("/A");
-    const bool goesTo = action.getKeyIfDict("/S").isNameAndEquals("/GoTo");
-    hasTarget = false;
-    if (item.hasKey("/Dest") || goesTo) {
+    if (item.hasKey("/Dest") || isGoTo(action)) {
         const auto destination =
             destinations.resolve(item.hasKey("/Dest") ? item.getKey("/Dest") : action.getKey("/D"));
+        frame.target = Target::lost;
         if (destination && context.pages.isKept(destination->page)) {
             std::vector<QPDFObjectHandle> target{context.pages.outputPage(destination->page)};
             target.insert(target.end(), destination->view.begin(), destination->view.end());
             object.replaceKey("/Dest", QPDFObjectHandle::newArray(target));
-            hasTarget = true;
+            frame.target = Target::kept;
         }
     } else if (action.isDictionary()) {
-        object.replaceKey("/A", context.carried(action));
-        hasTarget = true;
+        QPDFObjectHandle prepared = links.preparedAction(action);
+        object.replaceKey("/A", context.carried(prepared));
+        frame.target = Target::kept;
     }
+    frame.next = item.getKey("/First");
+    frame.isHeading = frame.target == Target::none && !frame.next.isDictionary();
     QPDFObjectHandle count = item.getKey("/Count");
     m_entries.push_back(Entry{object, {}, count.isInteger() && count.getIntValue() > 0});
-    return m_entries.size() - 1;
+    frame.entry = m_entries.size() - 1;
+    return frame;
+}
+
+void OutlineCarrier::close(const CarryContext& context, std::vector<Frame>& open,
+                           SourceOutline& outline) {
+    Frame done = std::move(open.back());
+    open.pop_back();
+    if (open.empty()) {
+        outline.top = std::move(done.children);
+        return;
+    }
+    Entry& entry = m_entries[done.entry];
+    entry.children = std::move(done.children);
+    const bool stays = done.target == Target::kept || !entry.children.empty() ||
+                       (done.isHeading && context.pages.allKept());
+    if (stays) {
+        open.back().children.push_back(done.entry);
+    }
+    if (done.target == Target::lost) {
+        context.notes.add(stays ? PDFCarryNote::Kind::outlineTargetLost
+                                : PDFCarryNote::Kind::outlineEntryDropped,
+                          context.file, entry.object.getKey("/Title").getUTF8Value());
+    }
 }
 
 QPDFObjectHandle OutlineCarrier::finish(QPDF& output, bool flat) {

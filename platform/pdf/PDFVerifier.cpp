@@ -21,7 +21,8 @@ public:
     explicit Verifier(PDFReader& reader)
         : m_document(*reader.document),
           m_tree(reader.pageTree()),
-          m_pages(m_tree, everyPageOf(m_tree), m_noPages),
+          m_uses(everyPageOf(m_tree)),
+          m_pages(m_tree, m_uses, m_noPages),
           m_destinations(m_document, m_pages) {}
 
     PDFVerification run(std::size_t expectedPages) {
@@ -114,6 +115,7 @@ private:
     QPDF& m_document;
     const PageTree& m_tree;
     std::vector<QPDFObjectHandle> m_noPages; ///< nothing is placed anywhere
+    std::vector<PageUse> m_uses;
     SourcePages m_pages;
     Destinations m_destinations;
     PDFVerification m_result;

@@ -1,17 +1,28 @@
 #include "platform/pdf/RepeatedPages.h"
 
+#include "platform/pdf/ActionChain.h"
+
 #include <array>
 #include <cstddef>
 #include <map>
+#include <set>
+#include <string>
 
 namespace quillorn {
 
 namespace {
 
 /// Entries of a merged field-and-widget dictionary that belong to the field.
-constexpr std::array<const char*, 15> fieldKeys{"/FT", "/T",   "/TU", "/TM", "/Ff",
-                                                "/V",  "/DV",  "/DA", "/Q",  "/DS",
-                                                "/RV", "/Opt", "/TI", "/I",  "/MaxLen"};
+constexpr std::array<const char*, 17> fieldKeys{"/FT", "/T",  "/TU", "/TM",     "/Ff",  "/V",
+                                                "/DV", "/DA", "/Q",  "/DS",     "/RV",  "/Opt",
+                                                "/TI", "/I",  "/SV", "/MaxLen", "/Lock"};
+
+/// Triggers that belong to the field: a key was pressed, format, check, calculate.
+constexpr std::array<const char*, 4> fieldTriggers{"/K", "/F", "/V", "/C"};
+
+/// Copies of annotations in one output; pages beyond it share theirs. It takes thousands of links
+/// on thousands of repeated pages to get there.
+constexpr std::size_t mostCopies = 400'000;
 
 class Separation {
 public:
@@ -23,20 +34,29 @@ public:
         }
     }
 
-    void separate(std::size_t output, bool isFirst) {
+    /// Gives the page at `output` annotations that no page before it has.
+    void separate(std::size_t output) {
         QPDFObjectHandle page = m_outputPages[output];
         QPDFObjectHandle annotations = page.getKey("/Annots");
         if (!annotations.isArray()) {
             return;
         }
         std::vector<QPDFObjectHandle> items = annotations.getArrayAsVector();
-        if (!isFirst) {
-            duplicate(items, page);
+        const std::size_t copied = duplicate(items, page);
+        if (copied > 0) {
             page.replaceKey("/Annots", QPDFObjectHandle::newArray(items));
         }
-        for (QPDFObjectHandle& item : items) {
-            if (item.isDictionary()) {
-                retarget(item, output);
+    }
+
+    /// Turns the links of the page at `output` to the copies nearest to it.
+    void retarget(std::size_t output) {
+        QPDFObjectHandle page = m_outputPages[output];
+        retargetAdditionalActions(page, output);
+        if (QPDFObjectHandle annotations = page.getKey("/Annots"); annotations.isArray()) {
+            for (QPDFObjectHandle& item : annotations.getArrayAsVector()) {
+                if (item.isDictionary()) {
+                    retargetAnnotation(item, output);
+                }
             }
         }
     }
@@ -57,10 +77,17 @@ public:
     }
 
 private:
-    void duplicate(std::vector<QPDFObjectHandle>& items, QPDFObjectHandle page) {
+    /// Replaces the annotations that another page has by copies; returns how many.
+    std::size_t duplicate(std::vector<QPDFObjectHandle>& items, QPDFObjectHandle page) {
         std::map<QPDFObjGen, QPDFObjectHandle> copies;
+        std::size_t count = 0;
+        if (m_copies + items.size() > mostCopies) {
+            m_context.notes.add(PDFCarryNote::Kind::structureLimited, m_context.file,
+                                "annotations");
+            return 0;
+        }
         for (QPDFObjectHandle& item : items) {
-            if (!item.isDictionary()) {
+            if (!item.isDictionary() || m_owned.insert(item.getObjectPtr()).second) {
                 continue;
             }
             QPDFObjectHandle copied = m_context.output.makeIndirectObject(item.shallowCopy());
@@ -71,19 +98,30 @@ private:
                 copies.emplace(item.getObjGen(), copied);
             }
             item = copied;
+            m_owned.insert(item.getObjectPtr());
+            ++count;
         }
+        m_copies += count;
         for (QPDFObjectHandle& item : items) {
-            if (!item.isDictionary()) {
-                continue;
-            }
-            if (item.hasKey("/P")) {
-                item.replaceKey("/P", page);
-            }
-            for (const char* key : {"/Popup", "/IRT", "/Parent"}) {
-                const auto found = copies.find(item.getKey(key).getObjGen());
-                if (item.getKey(key).isIndirect() && found != copies.end()) {
-                    item.replaceKey(key, found->second);
-                }
+            connect(item, page, copies);
+        }
+        return count;
+    }
+
+    /// Lets a copy name its own page and its own page's copies of what it belongs to.
+    static void connect(QPDFObjectHandle item, QPDFObjectHandle page,
+                        const std::map<QPDFObjGen, QPDFObjectHandle>& copies) {
+        if (!item.isDictionary()) {
+            return;
+        }
+        if (item.hasKey("/P")) {
+            item.replaceKey("/P", page);
+        }
+        for (const char* key : {"/Popup", "/IRT", "/Parent"}) {
+            QPDFObjectHandle other = item.getKey(key);
+            const auto found = copies.find(other.getObjGen());
+            if (other.isIndirect() && found != copies.end()) {
+                item.replaceKey(key, found->second);
             }
         }
     }
@@ -98,6 +136,11 @@ private:
             field = splitField(widget);
             for (const char* key : fieldKeys) {
                 copied.removeKey(key);
+            }
+            if (QPDFObjectHandle actions = widget.getKey("/AA"); actions.isDictionary()) {
+                copied.replaceKey("/AA", actions.shallowCopy());
+            } else {
+                copied.removeKey("/AA");
             }
         }
         copied.replaceKey("/Parent", field);
@@ -117,6 +160,7 @@ private:
                 widget.removeKey(key);
             }
         }
+        splitActions(widget, field);
         QPDFObjectHandle parent = widget.getKey("/Parent");
         if (parent.isDictionary()) {
             field.replaceKey("/Parent", parent);
@@ -128,19 +172,69 @@ private:
         return field;
     }
 
-    void retarget(QPDFObjectHandle annotation, std::size_t from) {
+    static void splitActions(QPDFObjectHandle widget, QPDFObjectHandle field) {
+        QPDFObjectHandle actions = widget.getKey("/AA");
+        if (!actions.isDictionary()) {
+            return;
+        }
+        QPDFObjectHandle ofWidget = actions.shallowCopy();
+        QPDFObjectHandle ofField = QPDFObjectHandle::newDictionary();
+        for (const char* trigger : fieldTriggers) {
+            if (actions.hasKey(trigger)) {
+                ofField.replaceKey(trigger, actions.getKey(trigger));
+                ofWidget.removeKey(trigger);
+            }
+        }
+        widget.removeKey("/AA");
+        if (!ofWidget.getKeys().empty()) {
+            widget.replaceKey("/AA", ofWidget);
+        }
+        if (!ofField.getKeys().empty()) {
+            field.replaceKey("/AA", ofField);
+        }
+    }
+
+    void retargetAnnotation(QPDFObjectHandle annotation, std::size_t from) {
         if (QPDFObjectHandle target = nearest(annotation.getKey("/Dest"), from); !target.isNull()) {
             annotation.replaceKey("/Dest", target);
         }
-        QPDFObjectHandle action = annotation.getKey("/A");
-        if (action.getKeyIfDict("/S").isNameAndEquals("/GoTo")) {
+        retargetAction(annotation, "/A", from);
+        retargetAdditionalActions(annotation, from);
+    }
+
+    void retargetAdditionalActions(QPDFObjectHandle holder, std::size_t from) {
+        QPDFObjectHandle actions = holder.getKey("/AA");
+        if (!actions.isDictionary()) {
+            return;
+        }
+        // Copies share their actions until one of them differs.
+        QPDFObjectHandle own = actions.shallowCopy();
+        bool changed = false;
+        for (const std::string& trigger : actions.getKeys()) {
+            changed = retargetAction(own, trigger.c_str(), from) || changed;
+        }
+        if (changed) {
+            holder.replaceKey("/AA", own);
+        }
+    }
+
+    bool retargetAction(QPDFObjectHandle holder, const char* key, std::size_t from) {
+        std::vector<QPDFObjectHandle> actions = actionChain(holder.getKey(key)).actions;
+        bool changed = false;
+        for (QPDFObjectHandle& action : actions) {
+            if (!isGoTo(action)) {
+                continue;
+            }
             if (QPDFObjectHandle target = nearest(action.getKey("/D"), from); !target.isNull()) {
-                // Copies of a page share their actions until one of them differs.
-                QPDFObjectHandle own = action.shallowCopy();
-                own.replaceKey("/D", target);
-                annotation.replaceKey("/A", own);
+                action = action.shallowCopy();
+                action.replaceKey("/D", target);
+                changed = true;
             }
         }
+        if (changed) {
+            holder.replaceKey(key, chained(m_context.output, actions));
+        }
+        return changed;
     }
 
     /// The destination at the copy nearest to `from`; null when it is right as it stands.
@@ -164,10 +258,17 @@ private:
     const CarryContext& m_context;
     const std::vector<QPDFObjectHandle>& m_outputPages;
     FormCarrier& m_forms;
+    std::set<const void*> m_owned; ///< annotations that a page has for itself
+    std::size_t m_copies = 0;
     std::map<QPDFObjGen, QPDFObjectHandle> m_parents;     ///< fields over split ones
     std::map<QPDFObjGen, QPDFObjectHandle> m_splitFields; ///< by the widget they came out of
     std::map<QPDFObjGen, std::size_t> m_sourcePages;      ///< by output page object of a first copy
 };
+
+bool isFirstCopy(const CarryContext& context, const PageUse& use) {
+    const auto page = context.pages.indexOf(context.pages.sourceReference(use.page));
+    return page && context.pages.firstOutput(*page) == use.output;
+}
 
 } // namespace
 
@@ -177,16 +278,17 @@ void separateRepeatedPages(const CarryContext& context,
         return;
     }
     Separation separation(context, outputPages, forms);
-    // Copies first: they are made from annotations that still lead to the first copies.
-    for (const bool first : {false, true}) {
-        for (const std::size_t page : context.pages.kept()) {
-            const std::vector<std::size_t>& outputs = context.pages.outputs(page);
-            for (const std::size_t output : outputs) {
-                if ((output == outputs.front()) == first) {
-                    separation.separate(output, first);
-                }
+    // First copies keep the annotations as they are, so they come first; and all copies are made
+    // before the first link is turned.
+    for (const bool first : {true, false}) {
+        for (const PageUse& use : context.pages.uses()) {
+            if (isFirstCopy(context, use) == first) {
+                separation.separate(use.output);
             }
         }
+    }
+    for (const PageUse& use : context.pages.uses()) {
+        separation.retarget(use.output);
     }
     separation.finish();
 }

@@ -6,9 +6,14 @@ namespace quillorn {
 
 SourcePages::SourcePages(const PageTree& tree, const std::vector<PageUse>& uses,
                          const std::vector<QPDFObjectHandle>& outputPages)
-    : m_tree(tree), m_outputPages(outputPages), m_outputs(tree.pageCount()) {
+    : m_tree(tree), m_uses(uses), m_outputPages(outputPages), m_outputs(tree.pageCount()) {
     for (std::size_t i = 0; i < tree.pageCount(); ++i) {
         m_indexes.try_emplace(tree.reference(i).getObjGen(), i);
+    }
+    for (const QPDFObjectHandle& node : tree.innerNodes()) {
+        if (node.isIndirect()) {
+            m_nodes.insert(node.getObjGen());
+        }
     }
     for (const PageUse& use : uses) {
         // A page object that stands twice in its own document is one page as to references.
@@ -32,6 +37,15 @@ std::optional<std::size_t> SourcePages::indexOf(QPDFObjectHandle object) const {
 
 QPDFObjectHandle SourcePages::outputPage(std::size_t page) const {
     return m_outputPages[firstOutput(page)];
+}
+
+bool SourcePages::isInOrder() const {
+    return isPermutation() && std::is_sorted(m_kept.begin(), m_kept.end());
+}
+
+bool SourcePages::isOfPageTree(QPDFObjectHandle object) const {
+    return indexOf(object) || m_nodes.contains(object.getObjGen()) ||
+           object.isDictionaryOfType("/Page") || object.isDictionaryOfType("/Pages");
 }
 
 std::size_t SourcePages::nearestOutput(std::size_t page, std::size_t from) const {

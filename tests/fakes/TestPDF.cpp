@@ -72,6 +72,11 @@ TestPDF& TestPDF::addCatalogEntry(const std::string& entry) {
     return *this;
 }
 
+TestPDF& TestPDF::addTrailerEntry(const std::string& entry) {
+    m_trailerEntries += " " + entry;
+    return *this;
+}
+
 TestPDF& TestPDF::addOutlineEntry(std::string title, std::size_t pageIndex) {
     m_outline.emplace_back(std::move(title), pageObject(pageIndex));
     return *this;
@@ -93,7 +98,11 @@ TestPDF& TestPDF::padPages(std::size_t bytes) {
 
 std::size_t TestPDF::addObject(std::string body) {
     m_extraObjects.push_back(std::move(body));
-    return firstPageObject + 2 * m_pages.size() + m_extraObjects.size() - 1;
+    return nextObject() - 1;
+}
+
+std::size_t TestPDF::nextObject() const {
+    return firstPageObject + 2 * m_pages.size() + m_extraObjects.size();
 }
 
 std::size_t TestPDF::pageObject(std::size_t index) const {
@@ -164,7 +173,8 @@ std::string TestPDF::bytes() const {
     const std::string start = std::to_string(file.size());
     const std::string size = std::to_string(objects.size() + 1);
     file += "xref\n0 " + size + "\n" + table + "trailer\n<< /Size " + size + " /Root " +
-            referenceTo(catalogObject) + " >>\nstartxref\n" + start + "\n%%EOF\n";
+            referenceTo(catalogObject) + m_trailerEntries + " >>\nstartxref\n" + start +
+            "\n%%EOF\n";
     return file;
 }
 

@@ -28,6 +28,8 @@ public:
     TestPDF& addPageEntry(std::size_t index, const std::string& entry);
     /// One more entry of the catalog, e.g. "/AcroForm 12 0 R".
     TestPDF& addCatalogEntry(const std::string& entry);
+    /// One more entry of the trailer, e.g. "/Info 12 0 R".
+    TestPDF& addTrailerEntry(const std::string& entry);
     /// An outline entry at the top level that leads to a page. ASCII like setText.
     TestPDF& addOutlineEntry(std::string title, std::size_t pageIndex);
     /// The /Nums array of the page labels, e.g. "0 << /S /r >> 4 << /S /D >>".
@@ -39,6 +41,8 @@ public:
 
     /// Adds an indirect object ("<< ... >>") and returns its number.
     std::size_t addObject(std::string body);
+    /// The number that the next addObject() will return, for objects that refer to one another.
+    [[nodiscard]] std::size_t nextObject() const;
     /// The number of a page's object.
     [[nodiscard]] std::size_t pageObject(std::size_t index) const;
 
@@ -59,6 +63,7 @@ private:
     std::string m_version = "1.7";
     std::vector<Page> m_pages;
     std::string m_catalogEntries;
+    std::string m_trailerEntries;
     std::vector<std::pair<std::string, std::size_t>> m_outline;
     std::vector<std::string> m_extraObjects;
     std::size_t m_padding = 0;

@@ -1,0 +1,65 @@
+#include "platform/pdf/ActionChain.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <set>
+
+namespace quillorn {
+
+namespace {
+
+/// Far longer than any that a person made. Thousands of links may share one, so it is not larger.
+constexpr std::size_t longestChain = 256;
+
+} // namespace
+
+ActionChain actionChain(const QPDFObjectHandle& action) {
+    ActionChain chain;
+    std::set<QPDFObjGen> seen;
+    std::vector<QPDFObjectHandle> pending{action};
+    while (!pending.empty()) {
+        QPDFObjectHandle current = pending.back();
+        pending.pop_back();
+        if (!current.isDictionary()) {
+            continue;
+        }
+        const bool isNew = !current.isIndirect() || seen.insert(current.getObjGen()).second;
+        if (!isNew || chain.actions.size() == longestChain) {
+            chain.complete = false;
+            continue;
+        }
+        chain.actions.push_back(current);
+        QPDFObjectHandle next = current.getKey("/Next");
+        if (!next.isArray()) {
+            pending.push_back(next);
+            continue;
+        }
+        std::vector<QPDFObjectHandle> items = next.getArrayAsVector();
+        if (items.size() + pending.size() > longestChain) {
+            items.resize(longestChain - std::min(longestChain, pending.size()));
+            chain.complete = false;
+        }
+        pending.insert(pending.end(), items.rbegin(), items.rend());
+    }
+    return chain;
+}
+
+QPDFObjectHandle chained(QPDF& document, const std::vector<QPDFObjectHandle>& actions) {
+    QPDFObjectHandle next = QPDFObjectHandle::newNull();
+    for (auto action = actions.rbegin(); action != actions.rend(); ++action) {
+        QPDFObjectHandle copy = QPDFObjectHandle(*action).shallowCopy();
+        if (next.isNull()) {
+            copy.removeKey("/Next");
+        } else {
+            copy.replaceKey("/Next", next);
+        }
+        next = document.makeIndirectObject(copy);
+    }
+    return next;
+}
+
+bool isGoTo(QPDFObjectHandle action) {
+    return action.getKeyIfDict("/S").isNameAndEquals("/GoTo");
+}
+
+} // namespace quillorn

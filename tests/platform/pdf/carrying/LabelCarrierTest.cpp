@@ -1,0 +1,104 @@
+#include "tests/platform/pdf/carrying/Composition.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace quillorn::tests {
+namespace {
+
+using testing::ElementsAre;
+
+/// The labels of the file written last, in order; nothing when the file has none of its own.
+std::vector<std::string> labels(const Composition& composition) {
+    const auto source = composition.open(composition.folder() / "out.pdf");
+    const auto ranges = source->labelRanges();
+    EXPECT_TRUE(ranges);
+    std::vector<std::string> all;
+    for (std::size_t page = 0; ranges && !ranges->empty() && page < source->pageCount(); ++page) {
+        all.push_back(pageLabelText(*ranges, page));
+    }
+    return all;
+}
+
+/// i, ii, 1, 2, A-1
+TestPDF labelled() {
+    return TestPDF("labelled", 5).setLabels("0 << /S /r >> 2 << /S /D >> 4 << /S /D /P (A-) >>");
+}
+
+TEST(PageLabels, StayWithTheirPages) {
+    Composition composition;
+    const auto source = composition.source("l.pdf", labelled());
+    static_cast<void>(composition.add(source, {5, 4, 2, 1, 3}).write());
+    EXPECT_THAT(labels(composition), ElementsAre("A-1", "2", "ii", "i", "1"));
+}
+
+TEST(PageLabels, OfRepeatedPagesAreRepeated) {
+    Composition composition;
+    const auto source = composition.source("l.pdf", labelled());
+    static_cast<void>(composition.add(source, {2, 2, 3, 2}).write());
+    EXPECT_THAT(labels(composition), ElementsAre("ii", "ii", "1", "ii"));
+}
+
+TEST(PageLabels, OfAFileWithoutThemAreItsPageNumbers) {
+    Composition composition;
+    const auto with = composition.source("l.pdf", labelled());
+    const auto without = composition.source("w.pdf", TestPDF("without", 9));
+    static_cast<void>(composition.add(with, {1, 5}).add(without, {9, 8}).write());
+    EXPECT_THAT(labels(composition), ElementsAre("i", "A-1", "9", "8"));
+}
+
+TEST(PageLabels, AreNotMadeUp) {
+    Composition composition;
+    const auto source = composition.source("w.pdf", TestPDF("without", 3));
+    EXPECT_FALSE(composition.add(source, {3, 2, 1}).write().catalog().contains("/PageLabels"));
+}
+
+TEST(PageLabels, OfBlankPagesAreTheirPositions) {
+    Composition composition;
+    const auto source = composition.source("l.pdf", labelled());
+    static_cast<void>(composition.add(source, {1}).addBlank().add(source, {2}).write());
+    EXPECT_THAT(labels(composition), ElementsAre("i", "2", "ii"));
+}
+
+TEST(PageLabels, BeforeTheFirstRangeAreThePositions) {
+    Composition composition;
+    const auto source =
+        composition.source("late.pdf", TestPDF("late", 4).setLabels("2 << /S /A /St 3 >>"));
+    static_cast<void>(composition.add(source).write());
+    EXPECT_THAT(labels(composition), ElementsAre("1", "2", "C", "D"));
+}
+
+TEST(PageLabels, OfAPageThatStandsTwiceInItsOwnFileStayApart) {
+    // The second page of the tree is the first page's object once more.
+    TestPDF document("twice", 2);
+    std::string bytes = document.setLabels("0 << /S /r >>").bytes();
+    const std::string kids = "[4 0 R 6 0 R]";
+    bytes.replace(bytes.find(kids), kids.size(), "[4 0 R 4 0 R]");
+    Composition composition;
+    writeFile(composition.folder() / "twice.pdf", bytes);
+    const auto source = composition.open(composition.folder() / "twice.pdf");
+    ASSERT_EQ(source->pageCount(), 2U);
+    EXPECT_EQ(composition.add(source).write().pageCount(), 2U);
+    EXPECT_THAT(labels(composition), ElementsAre("i", "ii"));
+    static_cast<void>(composition.add(source, {2}).write());
+    EXPECT_THAT(labels(composition), ElementsAre("ii"));
+}
+
+TEST(PageLabels, WithPrefixesOnlyStayEqual) {
+    Composition composition;
+    const auto source = composition.source(
+        "cover.pdf", TestPDF("cover", 4).setLabels("0 << /P (Cover) >> 2 << /S /D >>"));
+    static_cast<void>(composition.add(source, {3, 1, 2, 4}).write());
+    EXPECT_THAT(labels(composition), ElementsAre("1", "Cover", "Cover", "2"));
+}
+
+TEST(PageLabels, KeepTextInAnyScript) {
+    Composition composition;
+    const auto source = composition.source(
+        "s.pdf", TestPDF("script", 1).setLabels("0 << /S /D /P <FEFF7B2C00B7> >>"));
+    static_cast<void>(composition.add(source).write());
+    EXPECT_THAT(labels(composition), ElementsAre("第·1"));
+}
+
+} // namespace
+} // namespace quillorn::tests
