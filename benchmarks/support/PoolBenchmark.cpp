@@ -37,7 +37,7 @@ void BlocksFromPool(benchmark::State& state) {
         state, [] { return pool.GetMemory(Size); }, [](void* block) { pool.FreeMemory(block); });
 }
 
-// NOLINTBEGIN(cppcoreguidelines-no-malloc): what the pool is compared with
+// NOLINTBEGIN(cppcoreguidelines-no-malloc, cppcoreguidelines-owning-memory): what the pool is compared with
 template <uint32_t Size>
 void BlocksFromMalloc(benchmark::State& state) {
     TakeAndGiveBack(
@@ -49,7 +49,7 @@ void BlocksFromCalloc(benchmark::State& state) {
     TakeAndGiveBack(
         state, [] { return std::calloc(Size, 1); }, [](void* block) { std::free(block); });
 }
-// NOLINTEND(cppcoreguidelines-no-malloc)
+// NOLINTEND(cppcoreguidelines-no-malloc, cppcoreguidelines-owning-memory)
 
 BENCHMARK(BlocksFromPool<24>)->Threads(1)->Threads(2)->UseRealTime();
 BENCHMARK(BlocksFromMalloc<24>)->Threads(1)->Threads(2)->UseRealTime();

@@ -249,6 +249,7 @@ TEST(File, PositionedTransfersOfManyThreadsDoNotMix) {
     {
         CASFile file(path.c_str(), ASFileOperationWrite);
         std::vector<std::thread> threads;
+        threads.reserve(threadCount);
         for (int t = 0; t < threadCount; ++t) {
             threads.emplace_back([&file, t] {
                 const std::string record(16, static_cast<char>('a' + t));

@@ -156,6 +156,7 @@ TEST_F(KeyValue, FolderThatCannotBeMadeFails) {
 
 TEST_F(KeyValue, WritersAtTheSameTimeLoseNothing) {
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([t] {
             CASFileManager files;

@@ -326,6 +326,7 @@ TEST(Log, LinesOfManyThreadsStayWhole) {
         constexpr int threadCount = 4;
         constexpr int lineCount = 200;
         std::vector<std::thread> threads;
+        threads.reserve(threadCount);
         for (int t = 0; t < threadCount; ++t) {
             threads.emplace_back([t] {
                 for (int i = 0; i < lineCount; ++i) {

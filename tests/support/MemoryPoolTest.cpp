@@ -315,6 +315,7 @@ TEST(MemoryPool, ExtremeSizesAreServedOrRefused) {
 TEST(MemoryPool, ThreadsShareOnePool) {
     CASMemoryPool pool(24, 1024, 8);
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&pool, t] {
             std::vector<unsigned char*> mine;

@@ -70,6 +70,7 @@ TEST(MessageQueue, DestructionWakesAWaitingConsumerWithAnEmptyMessage) {
         auto queue = std::make_unique<CASMessageQueue>();
         auto* event = static_cast<CMacEvent*>(Probe::messageEvent(*queue));
         std::vector<std::thread> threads;
+        threads.reserve(static_cast<size_t>(consumers));
         for (int i = 0; i < consumers; ++i) {
             threads.emplace_back([raw = queue.get()] {
                 const ASMessageData message = raw->GetMessage();

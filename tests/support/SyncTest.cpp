@@ -62,6 +62,7 @@ TEST(Event, AutoResetLetsThreadsPassOneByOne) {
     CMacEvent event(false, false, nullptr);
     std::atomic<int> passed{0};
     std::vector<std::thread> threads;
+    threads.reserve(3);
     for (int i = 0; i < 3; ++i) {
         threads.emplace_back([&] {
             EXPECT_EQ(event.WaitForEvent(ASWaitForever), 0);
@@ -81,6 +82,7 @@ TEST(Event, DeletingReleasesWaiters) {
     for (const bool manual : {true, false}) {
         void* event = ASMacCreateEvent(manual, false, nullptr);
         std::vector<std::thread> threads;
+        threads.reserve(3);
         for (int i = 0; i < 3; ++i) {
             threads.emplace_back([&, i] {
                 EXPECT_EQ(ASMacWaitForSingleEvent(event, i == 0 ? 60'000 : ASWaitForever), 0);
