@@ -1,0 +1,130 @@
+#include "app/ComposeCommand.h"
+
+#include "app/ExitStatus.h"
+#include "tests/fakes/Environment.h"
+#include "tests/fakes/PDFContents.h"
+#include "tests/fakes/TemporaryFolder.h"
+#include "tests/fakes/TestPDF.h"
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <stop_token>
+#include <string>
+
+namespace quillorn {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// Runs the command with something happening between the check of the inputs and the writing:
+/// the question for the default output folder comes just then.
+class ComposeCommandTest : public testing::Test {
+protected:
+    ComposeCommandTest() { fs::create_directory(folder / "out"); }
+
+    void request(const std::string& group, const fs::path& file) {
+        composing.groups.push_back(GroupRequest{group, {{file.string(), {}, {}, {}}}});
+    }
+    int run(const std::function<void()>& meanwhile) {
+        composing.json = true;
+        ComposeCommand command(composing, {{results, troubles, 0},
+                                           [&]() {
+                                               meanwhile();
+                                               return (folder / "out").string();
+                                           },
+                                           stop.get_token(),
+                                           []() { return 130; }});
+        const int status = command.run();
+        report = nlohmann::json::parse(results.str());
+        return status;
+    }
+
+    const tests::TemporaryFolder folder;
+    const tests::EnvironmentVariable temporary{"TMPDIR", folder.path().string()};
+    std::stop_source stop;
+    ComposeRequest composing;
+    std::ostringstream results;
+    std::ostringstream troubles;
+    nlohmann::json report;
+};
+
+TEST_F(ComposeCommandTest, ASourceThatIsRewrittenMeanwhileIsNamedAndNothingIsWrittenFromIt) {
+    constexpr std::size_t tooLargeToBeCopied = 2U << 20U;
+    const fs::path file =
+        tests::TestPDF("old", 2).padPages(tooLargeToBeCopied / 2).writeTo(folder / "source.pdf");
+    request("A.pdf", file);
+    request("B.pdf", tests::TestPDF("other", 1).writeTo(folder / "other.pdf"));
+    const int status = run([&file]() {
+        std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+        stream.seekp(100);
+        stream << "overwritten in place";
+    });
+    EXPECT_EQ(status, exit_status::notWritten);
+    EXPECT_THAT(troubles.str(), HasSubstr("A.pdf was not written.\n"));
+    EXPECT_THAT(troubles.str(),
+                HasSubstr(file.string() + ": the file was changed while it was open"));
+    EXPECT_THAT(tests::namesIn(folder / "out"), ElementsAre("B.pdf"));
+    EXPECT_THAT(std::string(report["failed"][0]["reason"]), HasSubstr("source.pdf"));
+}
+
+TEST_F(ComposeCommandTest, ASmallSourceThatIsRewrittenMeanwhileIsWrittenAsItWas) {
+    const fs::path file = tests::TestPDF("old", 2).writeTo(folder / "source.pdf");
+    request("A.pdf", file);
+    EXPECT_EQ(run([&file]() {
+                  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+                  stream << tests::TestPDF("new", 1).bytes();
+              }),
+              exit_status::done);
+    EXPECT_THAT(tests::pageTexts(folder / "out" / "A.pdf"),
+                ElementsAre("Page 1 of old", "Page 2 of old"));
+}
+
+TEST_F(ComposeCommandTest, ASourceThatIsRemovedMeanwhileIsWrittenAllTheSame) {
+    const fs::path file = tests::TestPDF("old", 2).writeTo(folder / "source.pdf");
+    request("A.pdf", file);
+    EXPECT_EQ(run([&file]() { fs::remove(file); }), exit_status::done);
+    EXPECT_EQ(tests::pageTexts(folder / "out" / "A.pdf").size(), 2U);
+}
+
+TEST_F(ComposeCommandTest, AStopRequestBeforeTheFirstWriteLeavesNothing) {
+    request("A.pdf", tests::TestPDF("a", 2).writeTo(folder / "a.pdf"));
+    request("B.pdf", folder / "a.pdf");
+    EXPECT_EQ(run([this]() { stop.request_stop(); }), 130);
+    EXPECT_EQ(report["status"], 130);
+    EXPECT_EQ(report["failed"].size(), 2U);
+    EXPECT_EQ(report["failed"][1]["reason"], "interrupted");
+    EXPECT_THAT(troubles.str(), HasSubstr("Interrupted. Of 2 files, 0 were written.\n"));
+    EXPECT_THAT(tests::namesIn(folder / "out"), IsEmpty());
+}
+
+TEST_F(ComposeCommandTest, TheFolderForCopiesIsGoneAfterwards) {
+    request("A.pdf", tests::TestPDF("a", 2).writeTo(folder / "a.pdf"));
+    bool wasThere = false;
+    EXPECT_EQ(run([&]() {
+                  for (const std::string& name : folder.names()) {
+                      wasThere = wasThere || name.starts_with("quillorn-folivane-");
+                  }
+              }),
+              exit_status::done);
+    EXPECT_TRUE(wasThere);
+    EXPECT_THAT(folder.names(), ElementsAre("a.pdf", "out"));
+}
+
+TEST_F(ComposeCommandTest, WithoutAFolderForCopiesTheWorkIsDoneAllTheSame) {
+    const tests::EnvironmentVariable nowhere("TMPDIR", (folder / "file").string());
+    tests::writeFile(folder / "file", "no folder");
+    request("A.pdf", tests::TestPDF("a", 2).writeTo(folder / "a.pdf"));
+    EXPECT_EQ(run([]() {}), exit_status::done);
+    EXPECT_EQ(tests::pageTexts(folder / "out" / "A.pdf").size(), 2U);
+}
+
+} // namespace
+} // namespace quillorn
