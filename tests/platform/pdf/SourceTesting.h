@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/pdf/PDFReader.h"
 #include "platform/pdf/PDFSource.h"
 #include "tests/fakes/RawPDF.h"
 #include "tests/fakes/TemporaryFolder.h"
