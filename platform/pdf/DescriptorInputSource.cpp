@@ -22,6 +22,17 @@ DescriptorInputSource::DescriptorInputSource(std::shared_ptr<const FileDescripto
       m_size(static_cast<qpdf_offset_t>(size)),
       m_window(windowSize) {}
 
+void DescriptorInputSource::readFully(std::span<char> target, qpdf_offset_t offset) const {
+    const auto got = readAt(*m_descriptor, m_name, target, static_cast<std::uint64_t>(offset));
+    if (!got) {
+        throw std::runtime_error(m_name + ": " + got.error().reason);
+    }
+    if (*got < target.size()) {
+        // libqpdf's recovery would wait for ever for an end that it cannot reach.
+        throw std::runtime_error(m_name + ": the file became shorter while it was read");
+    }
+}
+
 bool DescriptorInputSource::loadWindow() {
     if (m_offset >= m_size) {
         return false;
@@ -32,13 +43,13 @@ bool DescriptorInputSource::loadWindow() {
     const qpdf_offset_t start =
         readsOn ? m_offset
                 : std::max<qpdf_offset_t>(0, m_offset - static_cast<qpdf_offset_t>(windowSize / 8));
-    auto got = readAt(*m_descriptor, m_name, m_window, static_cast<std::uint64_t>(start));
-    if (!got) {
-        throw std::runtime_error(m_name + ": " + got.error().reason);
-    }
+    const auto length =
+        std::min<qpdf_offset_t>(static_cast<qpdf_offset_t>(windowSize), m_size - start);
+    m_windowLength = 0; // nothing is left of the old one if reading fails
+    readFully(std::span(m_window).first(static_cast<std::size_t>(length)), start);
     m_windowStart = start;
-    m_windowLength = static_cast<qpdf_offset_t>(*got);
-    return windowCovers(m_offset);
+    m_windowLength = length;
+    return true;
 }
 
 qpdf_offset_t DescriptorInputSource::findAndSkipNextEOL() {
@@ -68,14 +79,16 @@ qpdf_offset_t DescriptorInputSource::findAndSkipNextEOL() {
 
 void DescriptorInputSource::seek(qpdf_offset_t offset, int whence) {
     const qpdf_offset_t base = whence == SEEK_CUR ? m_offset : whence == SEEK_END ? m_size : 0;
-    if (base + offset < 0) {
-        throw std::runtime_error(m_name + ": seek before the beginning of the file");
+    qpdf_offset_t target = 0; // damaged files ask for any number
+    if (__builtin_add_overflow(base, offset, &target) || target < 0) {
+        throw std::runtime_error(m_name + ": seek to where no file can be");
     }
-    m_offset = base + offset;
+    m_offset = target;
 }
 
 size_t DescriptorInputSource::read(char* destination, size_t length) {
     last_offset = m_offset;
+    length = std::min(length, static_cast<size_t>(std::max<qpdf_offset_t>(0, m_size - m_offset)));
     size_t done = 0;
     while (done < length) {
         if (windowCovers(m_offset)) {
@@ -86,14 +99,9 @@ size_t DescriptorInputSource::read(char* destination, size_t length) {
             done += step;
         } else if (length - done >= windowSize) {
             // A long stream goes straight to its reader and leaves the window as it is.
-            auto got = readAt(*m_descriptor, m_name, std::span(destination + done, length - done),
-                              static_cast<std::uint64_t>(m_offset));
-            if (!got) {
-                throw std::runtime_error(m_name + ": " + got.error().reason);
-            }
-            m_offset += static_cast<qpdf_offset_t>(*got);
-            done += *got;
-            break;
+            readFully(std::span(destination + done, length - done), m_offset);
+            m_offset += static_cast<qpdf_offset_t>(length - done);
+            done = length;
         } else if (!loadWindow()) {
             break;
         }

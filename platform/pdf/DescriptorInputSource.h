@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <qpdf/InputSource.hh>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,8 @@ namespace quillorn {
 /// Feeds libqpdf from an open descriptor, which several readers may share: every read names its
 /// own offset. A window of the file is kept in memory, because parsing jumps back and forth in
 /// small steps. Reads, rather than maps, the file: a mapped file that somebody truncates would
-/// end the program with a bus error.
+/// end the program with a bus error. The file is as long as it was when it was opened: bytes
+/// added later are not seen, and missing ones are an error.
 ///
 /// Errors are exceptions (std::runtime_error), as libqpdf expects of its input sources.
 class DescriptorInputSource : public InputSource {
@@ -30,6 +32,7 @@ public:
     void unreadCh(char ch) override;
 
 private:
+    void readFully(std::span<char> target, qpdf_offset_t offset) const;
     /// Makes the window cover m_offset; false at the end of the file.
     bool loadWindow();
     [[nodiscard]] bool windowCovers(qpdf_offset_t offset) const {

@@ -37,6 +37,13 @@ PDFVersion headerVersion(const FileDescriptor& descriptor, const std::filesystem
     return mark == std::string_view::npos ? PDFVersion{} : parseVersion(text.substr(mark + 5));
 }
 
+/// A later update may have raised the version in the catalogue (ISO 32000-1, 7.5.2).
+PDFVersion versionOf(QPDF& document) {
+    const PDFVersion header = parseVersion(document.getPDFVersion());
+    QPDFObjectHandle stated = document.getRoot().getKey("/Version");
+    return stated.isName() ? std::max(header, parseVersion(stated.getName().substr(1))) : header;
+}
+
 PDFPermissions permissionsOf(QPDF& document) {
     PDFPermissions allowed;
     if (!document.isEncrypted() || document.ownerPasswordMatched()) {
@@ -67,8 +74,9 @@ PDFBox boxOf(QPDFObjectHandle value, const PDFBox& fallback) {
         edges[static_cast<std::size_t>(i)] =
             std::clamp(edge.getNumericValue(), -largestCoordinate, largestCoordinate);
     }
-    return PDFBox{std::min(edges[0], edges[2]), std::min(edges[1], edges[3]),
-                  std::max(edges[0], edges[2]), std::max(edges[1], edges[3])};
+    const PDFBox box{std::min(edges[0], edges[2]), std::min(edges[1], edges[3]),
+                     std::max(edges[0], edges[2]), std::max(edges[1], edges[3])};
+    return box.width() > 0 && box.height() > 0 ? box : fallback;
 }
 
 } // namespace
@@ -114,23 +122,23 @@ PDFSource::openShared(const std::filesystem::path& path, std::shared_ptr<const S
         facts.permissions = PDFPermissions{false, false, false, false, false, false, false, false};
         return source;
     }
-    QPDF& document = *(*reader)->document;
-    facts.version = parseVersion(document.getPDFVersion());
-    facts.encrypted = document.isEncrypted();
-    facts.ownerPasswordMatched = facts.encrypted && document.ownerPasswordMatched();
-    facts.permissions = permissionsOf(document);
-    auto counted = guardLibrary(PDFError::Kind::notPDF, path, [&]() -> PDFResult<std::size_t> {
+    auto read = guardLibrary(PDFError::Kind::notPDF, path, [&]() -> PDFResult<void> {
+        QPDF& document = *(*reader)->document;
+        facts.version = versionOf(document);
+        facts.encrypted = document.isEncrypted();
+        facts.ownerPasswordMatched = facts.encrypted && document.ownerPasswordMatched();
+        facts.permissions = permissionsOf(document);
         const auto stated = (*reader)->inOrder
                                 ? PageTree::statedPageCount(document, source->fileSize())
                                 : std::nullopt;
-        return stated ? *stated : (*reader)->pageTree().pageCount();
+        facts.pageCount = stated ? *stated : (*reader)->pageTree().pageCount();
+        for (const QPDFExc& warning : document.getWarnings()) {
+            facts.warnings.push_back(warning.getMessageDetail());
+        }
+        return {};
     });
-    if (!counted) {
-        return tl::unexpected(std::move(counted.error()));
-    }
-    facts.pageCount = *counted;
-    for (const QPDFExc& warning : document.getWarnings()) {
-        facts.warnings.push_back(warning.getMessageDetail());
+    if (!read) {
+        return tl::unexpected(std::move(read.error()));
     }
     source->m_reader = std::move(*reader);
     return source;
@@ -231,14 +239,23 @@ PDFResult<Answer> PDFSource::ask(PDFError::Kind kind, Question&& question) const
         }
         m_reader = std::move(*reader);
     }
-    return guardLibrary(kind, m_path, [&]() -> PDFResult<Answer> { return question(*m_reader); });
+    auto answer =
+        guardLibrary(kind, m_path, [&]() -> PDFResult<Answer> { return question(*m_reader); });
+    if (!answer) {
+        // Bytes that changed while they were read explain any complaint about them better.
+        if (auto unchanged = verifyUnchanged(); !unchanged) {
+            return tl::unexpected(unchanged.error());
+        }
+    }
+    return answer;
 }
 
 PDFResult<PDFPageGeometry> PDFSource::geometry(std::size_t index) const {
     using Answer = PDFResult<PDFPageGeometry>;
+    const PDFError missing{PDFError::Kind::damagedPage, m_path,
+                           "there is no page " + std::to_string(index + 1)};
     if (index >= m_facts.pageCount) {
-        return tl::unexpected(PDFError{PDFError::Kind::damagedPage, m_path,
-                                       "there is no page " + std::to_string(index + 1)});
+        return tl::unexpected(missing);
     }
     return ask<PDFPageGeometry>(PDFError::Kind::damagedPage, [&](PDFReader& reader) -> Answer {
         // Until somebody needs the whole tree, one page is found without it.
@@ -248,7 +265,10 @@ PDFResult<PDFPageGeometry> PDFSource::geometry(std::size_t index) const {
         }
         if (!located) {
             const PageTree& tree = reader.pageTree();
-            if (index < tree.pageCount() && tree.page(index).isInitialized()) {
+            if (index >= tree.pageCount()) {
+                return tl::unexpected(missing); // the file states more pages than it has
+            }
+            if (tree.page(index).isInitialized()) {
                 located = PageTree::Located{tree.page(index), tree.inherited(index)};
             }
         }

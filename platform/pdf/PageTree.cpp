@@ -1,5 +1,6 @@
 #include "platform/pdf/PageTree.h"
 
+#include <algorithm>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -13,30 +14,42 @@ namespace {
 /// are where hand-made and broken page trees are found.
 constexpr long long thoroughUpTo = 256;
 
-bool holdsOnlyPages(QPDFObjectHandle& node, const std::vector<QPDFObjectHandle>& kids) {
-    QPDFObjectHandle count = node.getKey("/Count");
-    if (!count.isInteger() || kids.empty() ||
-        count.getIntValue() != static_cast<long long>(kids.size())) {
-        return false;
-    }
-    QPDFObjectHandle first = kids.front();
-    return first.isDictionary() && !first.hasKey("/Kids");
+/// A file that states more pages than this is not believed but counted: whoever shows a document
+/// makes a place for each page at once.
+constexpr long long mostPagesBelieved = 100'000;
+
+/// Up the tree from a page whose root is lost.
+constexpr int mostAncestors = 100;
+
+bool isPage(QPDFObjectHandle object) {
+    return object.isDictionary() && !object.hasKey("/Kids");
 }
 
-constexpr int deepestNode = 100;
+/// Looks at the children's references and at the first and the last child.
+bool holdsOnlyPages(QPDFObjectHandle& node, const std::vector<QPDFObjectHandle>& kids) {
+    QPDFObjectHandle count = node.getKey("/Count");
+    return count.isInteger() && !kids.empty() &&
+           count.getIntValue() == static_cast<long long>(kids.size()) &&
+           std::all_of(kids.begin(), kids.end(),
+                       [](QPDFObjectHandle kid) { return kid.isIndirect(); }) &&
+           isPage(kids.front()) && isPage(kids.back());
+}
 
-PageTree::Inherited inheritedBelow(QPDFObjectHandle node, PageTree::Inherited attributes) {
+/// What `node` states itself comes first.
+PageTree::Inherited inheritedThrough(QPDFObjectHandle node, PageTree::Inherited from) {
     const auto take = [&node](const char* key, QPDFObjectHandle& value) {
         if (QPDFObjectHandle own = node.getKey(key); !own.isNull()) {
             value = own;
         }
     };
-    take("/Resources", attributes.resources);
-    take("/MediaBox", attributes.mediaBox);
-    take("/CropBox", attributes.cropBox);
-    take("/Rotate", attributes.rotate);
-    return attributes;
+    take("/Resources", from.resources);
+    take("/MediaBox", from.mediaBox);
+    take("/CropBox", from.cropBox);
+    take("/Rotate", from.rotate);
+    return from;
 }
+
+constexpr int deepestNode = 100;
 
 QPDFObjectHandle attributeOf(QPDFObjectHandle page, const PageTree::Inherited& inherited,
                              const std::string& key) {
@@ -86,7 +99,7 @@ std::optional<std::size_t> PageTree::statedPageCount(QPDF& document, std::uint64
     QPDFObjectHandle root = document.getRoot().getKey("/Pages");
     QPDFObjectHandle count = root.getKeyIfDict("/Count");
     if (!count.isInteger() || count.getIntValue() <= thoroughUpTo ||
-        !root.getKey("/Kids").isArray()) {
+        count.getIntValue() > mostPagesBelieved || !root.getKey("/Kids").isArray()) {
         return std::nullopt;
     }
     // Each page is an object of its own, and even compressed takes a byte.
@@ -105,12 +118,18 @@ void PageTree::walk(QPDF& document, QPDFObjectHandle root, Reading reading) {
         addLeaf(document, root, 0);
         return;
     }
-    std::set<QPDFObjGen> seen;
-    if (root.isIndirect()) {
-        seen.insert(root.getObjGen());
-    }
     std::vector<Frame> open;
-    enter(document, root, Inherited{}, reading, open);
+    std::set<QPDFObjGen> seen;
+    // Neither a node nor a list of children counts twice, so that the walk ends in every file.
+    const auto isNew = [&seen](QPDFObjectHandle object) {
+        return !object.isIndirect() || seen.insert(object.getObjGen()).second;
+    };
+    const auto enterNew = [&](QPDFObjectHandle node, const Inherited& from) {
+        if (isNew(node) && isNew(node.getKey("/Kids"))) {
+            enter(document, node, from, reading, open);
+        }
+    };
+    enterNew(root, Inherited{});
     while (!open.empty()) {
         Frame& top = open.back();
         if (top.next == top.kids.size()) {
@@ -126,25 +145,25 @@ void PageTree::walk(QPDF& document, QPDFObjectHandle root, Reading reading) {
             if (!kid.isDictionaryOfType("/Pages")) {
                 addLeaf(document, kid, top.inherited);
             }
-        } else if (!kid.isIndirect() || seen.insert(kid.getObjGen()).second) {
+        } else {
             const Inherited from = m_inherited[top.inherited];
-            enter(document, kid, from, reading, open);
+            enterNew(kid, from);
         }
     }
 }
 
-void PageTree::enter(QPDF& document, QPDFObjectHandle node, const Inherited& from, Reading reading,
-                     std::vector<Frame>& open) {
-    m_inherited.push_back(inheritedBelow(node, from));
+void PageTree::enter(QPDF& document, const QPDFObjectHandle& node, const Inherited& from,
+                     Reading reading, std::vector<Frame>& open) {
+    m_inherited.push_back(inheritedThrough(node, from));
     m_nodes.push_back(node);
 
     Frame frame;
     frame.node = node;
     frame.inherited = static_cast<std::uint32_t>(m_inherited.size() - 1);
-    if (QPDFObjectHandle kids = node.getKey("/Kids"); kids.isArray()) {
+    if (QPDFObjectHandle kids = frame.node.getKey("/Kids"); kids.isArray()) {
         frame.kids = kids.getArrayAsVector();
     }
-    if (reading == Reading::lazy && holdsOnlyPages(node, frame.kids)) {
+    if (reading == Reading::lazy && holdsOnlyPages(frame.node, frame.kids)) {
         for (const QPDFObjectHandle& kid : frame.kids) {
             addLeaf(document, kid, frame.inherited);
         }
@@ -153,20 +172,27 @@ void PageTree::enter(QPDF& document, QPDFObjectHandle node, const Inherited& fro
     open.push_back(std::move(frame));
 }
 
-void PageTree::addLeaf(QPDF& document, QPDFObjectHandle page, std::uint32_t inherited) {
-    if (!page.isIndirect()) {
-        page = document.makeIndirectObject(page);
-    }
-    m_leaves.push_back(Leaf{page, inherited});
+void PageTree::addLeaf(QPDF& document, const QPDFObjectHandle& page, std::uint32_t inherited) {
+    const bool indirect = QPDFObjectHandle(page).isIndirect();
+    m_leaves.push_back(Leaf{indirect ? page : document.makeIndirectObject(page), inherited});
 }
 
 /// The last resort for a file whose page tree is gone: whatever calls itself a page.
 void PageTree::collectStrayPages(QPDF& document) {
-    m_inherited.emplace_back();
-    const auto root = static_cast<std::uint32_t>(m_inherited.size() - 1);
     for (QPDFObjectHandle& object : document.getAllObjects()) {
         if (object.isDictionaryOfType("/Page")) {
-            addLeaf(document, object, root);
+            std::vector<QPDFObjectHandle> ancestors;
+            for (QPDFObjectHandle node = object.getKey("/Parent");
+                 node.isDictionary() && ancestors.size() < mostAncestors;
+                 node = node.getKey("/Parent")) {
+                ancestors.push_back(node);
+            }
+            Inherited attributes;
+            for (auto node = ancestors.rbegin(); node != ancestors.rend(); ++node) {
+                attributes = inheritedThrough(*node, std::move(attributes));
+            }
+            m_inherited.push_back(std::move(attributes));
+            addLeaf(document, object, static_cast<std::uint32_t>(m_inherited.size() - 1));
         }
     }
 }
@@ -185,7 +211,7 @@ QPDFObjectHandle PageTree::reference(std::size_t index) const {
 
 QPDFObjectHandle PageTree::page(std::size_t index) const {
     QPDFObjectHandle page = leaf(index).page;
-    return page.isDictionary() ? page : QPDFObjectHandle();
+    return isPage(page) ? page : QPDFObjectHandle();
 }
 
 const PageTree::Inherited& PageTree::inherited(std::size_t index) const {
@@ -209,9 +235,9 @@ std::optional<PageTree::Located> PageTree::locate(QPDF& document, std::size_t in
             break;
         }
         std::vector<QPDFObjectHandle> kids = list.getArrayAsVector();
-        inherited = inheritedBelow(node, inherited);
+        inherited = inheritedThrough(node, inherited);
         if (holdsOnlyPages(node, kids)) {
-            if (index < kids.size() && kids[index].isDictionary() && !kids[index].hasKey("/Kids")) {
+            if (index < kids.size() && isPage(kids[index])) {
                 return Located{kids[index], inherited};
             }
             break;

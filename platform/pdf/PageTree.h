@@ -12,10 +12,11 @@ namespace quillorn {
 /// The pages of one libqpdf document, found without reading them.
 ///
 /// The inner nodes of the tree are read; a node whose stated count equals its number of children
-/// holds only pages, as its first child confirms, so its children are listed by reference and
-/// stay unread until asked for. Files that are not in order (`thorough`) have every child read
-/// instead, loops and entries that are no pages left out. Attributes that pages inherit are
-/// collected on the way down and delivered with each page.
+/// holds only pages, as its first and its last child confirm, so its children are listed by
+/// reference and stay unread until asked for. Files that are not in order (`thorough`) have every
+/// child read instead, loops and entries that are no pages left out. Where there is no tree at all,
+/// whatever calls itself a page is one. Attributes that pages inherit are collected on the way down
+/// and delivered with each page.
 ///
 /// Belongs to the thread of its document.
 class PageTree {
@@ -78,9 +79,9 @@ private:
 
     [[nodiscard]] const Leaf& leaf(std::size_t index) const;
     void walk(QPDF& document, QPDFObjectHandle root, Reading reading);
-    void enter(QPDF& document, QPDFObjectHandle node, const Inherited& from, Reading reading,
+    void enter(QPDF& document, const QPDFObjectHandle& node, const Inherited& from, Reading reading,
                std::vector<Frame>& open);
-    void addLeaf(QPDF& document, QPDFObjectHandle page, std::uint32_t inherited);
+    void addLeaf(QPDF& document, const QPDFObjectHandle& page, std::uint32_t inherited);
     void collectStrayPages(QPDF& document);
 
     std::vector<QPDFObjectHandle> m_nodes;

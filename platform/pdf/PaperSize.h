@@ -8,4 +8,8 @@ namespace quillorn {
 /// locale names none. Blank pages have this size.
 [[nodiscard]] PDFSize defaultPaperSize();
 
+/// Paper of so many millimetres, in whole points. Locales round to whole millimetres, so the
+/// papers that are made in inches are recognised and come out as their inches.
+[[nodiscard]] PDFSize paperSizeOfMillimetres(int width, int height);
+
 } // namespace quillorn

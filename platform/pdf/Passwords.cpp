@@ -37,8 +37,13 @@ std::vector<std::string> passwordCandidates(const std::string& typed) {
     if (const std::string prepared = saslPrepared(typed); !prepared.empty()) {
         add(prepared);
     }
-    for (const std::string& encoded : QUtil::possible_repaired_encodings(typed)) {
-        add(encoded);
+    // An accent typed as a character of its own is in none of the old encodings, the prepared
+    // form with both in one is.
+    const std::vector<std::string> unicode = candidates;
+    for (const std::string& text : unicode) {
+        for (const std::string& encoded : QUtil::possible_repaired_encodings(text)) {
+            add(encoded);
+        }
     }
     return candidates;
 }

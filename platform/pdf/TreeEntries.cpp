@@ -5,18 +5,21 @@
 
 namespace quillorn {
 
-void forEachTreeEntry(QPDFObjectHandle root, const char* leafKey, std::size_t entryLimit,
+void forEachTreeEntry(const QPDFObjectHandle& root, const char* leafKey, std::size_t entryLimit,
                       const std::function<bool(QPDFObjectHandle, QPDFObjectHandle)>& visit) {
     std::vector<QPDFObjectHandle> pending{root};
     std::set<QPDFObjGen> seen;
+    const auto isNew = [&seen](QPDFObjectHandle object) {
+        return !object.isIndirect() || seen.insert(object.getObjGen()).second;
+    };
     std::size_t visited = 0;
     while (!pending.empty()) {
         QPDFObjectHandle node = pending.back();
         pending.pop_back();
-        if (!node.isDictionary() || (node.isIndirect() && !seen.insert(node.getObjGen()).second)) {
+        if (!node.isDictionary() || !isNew(node)) {
             continue;
         }
-        if (QPDFObjectHandle entries = node.getKey(leafKey); entries.isArray()) {
+        if (QPDFObjectHandle entries = node.getKey(leafKey); entries.isArray() && isNew(entries)) {
             const std::vector<QPDFObjectHandle> items = entries.getArrayAsVector();
             for (std::size_t i = 0; i + 1 < items.size(); i += 2) {
                 if (++visited > entryLimit || !visit(items[i], items[i + 1])) {
@@ -24,7 +27,7 @@ void forEachTreeEntry(QPDFObjectHandle root, const char* leafKey, std::size_t en
                 }
             }
         }
-        if (QPDFObjectHandle kids = node.getKey("/Kids"); kids.isArray()) {
+        if (QPDFObjectHandle kids = node.getKey("/Kids"); kids.isArray() && isNew(kids)) {
             const std::vector<QPDFObjectHandle> items = kids.getArrayAsVector();
             if (pending.size() + items.size() > entryLimit) {
                 return;
