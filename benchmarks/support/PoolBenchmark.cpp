@@ -37,7 +37,8 @@ void BlocksFromPool(benchmark::State& state) {
         state, [] { return pool.GetMemory(Size); }, [](void* block) { pool.FreeMemory(block); });
 }
 
-// NOLINTBEGIN(cppcoreguidelines-no-malloc, cppcoreguidelines-owning-memory): what the pool is compared with
+// NOLINTBEGIN(cppcoreguidelines-no-malloc, cppcoreguidelines-owning-memory): what the pool is
+// compared with
 template <uint32_t Size>
 void BlocksFromMalloc(benchmark::State& state) {
     TakeAndGiveBack(
