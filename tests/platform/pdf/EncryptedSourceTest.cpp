@@ -32,8 +32,7 @@ protected:
     Source encrypted(const std::string& user, const std::string& owner, const Encryption& how,
                      const Words& more = {}, const std::string& passwordMode = "auto") {
         const fs::path plain = tests::TestPDF("secret", 3).writeTo(m_folder / "plain.pdf");
-        Words words{"qpdf",
-                    "--allow-weak-crypto",
+        Words words{"--allow-weak-crypto",
                     "--password-mode=" + passwordMode,
                     "--encrypt",
                     user,
@@ -42,8 +41,8 @@ protected:
         words.insert(words.end(), how.options.begin(), how.options.end());
         words.insert(words.end(), more.begin(), more.end());
         words.insert(words.end(), {"--", plain.string(), (m_folder / "in.pdf").string()});
-        const tests::ProgramResult result = tests::runProgram(words);
-        EXPECT_EQ(result.status, 0) << result.output;
+        const tests::ProgramResult result = tests::Program("qpdf", words).run();
+        EXPECT_EQ(result.status, 0) << result.errors;
         return open(m_folder / "in.pdf");
     }
     static bool opens(const Source& source, const std::string& password) {
