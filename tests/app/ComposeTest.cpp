@@ -75,7 +75,8 @@ TEST_F(ComposeTest, ReportsAsJson) {
     EXPECT_EQ(reportIn(result), nlohmann::json({{"outputs",
                                                  {{{"file", (work / "out/A.pdf").string()},
                                                    {"pages", 3},
-                                                   {"bytes", fs::file_size(work / "out/A.pdf")}}}},
+                                                   {"bytes", fs::file_size(work / "out/A.pdf")},
+                                                   {"notes", nlohmann::json::array()}}}},
                                                 {"refused", nlohmann::json::array()},
                                                 {"failed", nlohmann::json::array()},
                                                 {"status", 0}}));
