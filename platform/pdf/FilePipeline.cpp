@@ -1,6 +1,6 @@
 #include "platform/pdf/FilePipeline.h"
 
-#include <span>
+#include <utility>
 
 namespace quillorn {
 
@@ -25,9 +25,7 @@ void FilePipeline::write(unsigned char const* data, size_t length) {
         flush();
     }
     if (length >= directSize) {
-        if (auto written = m_file.write(std::span(bytes, length)); !written) {
-            throw WriteFailed(written.error());
-        }
+        writeToFile(std::span(bytes, length));
         return;
     }
     m_buffer.insert(m_buffer.end(), bytes, bytes + length);
@@ -37,14 +35,27 @@ void FilePipeline::finish() {
     flush();
 }
 
-void FilePipeline::flush() {
+void FilePipeline::throwIfEnded() const {
+    if (m_failure) {
+        throw WriteFailed(*m_failure);
+    }
     if (m_stop.stop_requested()) {
         throw WriteCancelled();
     }
-    if (auto written = m_file.write(m_buffer); !written) {
-        throw WriteFailed(written.error());
-    }
+}
+
+void FilePipeline::flush() {
+    writeToFile(m_buffer);
     m_buffer.clear();
+}
+
+void FilePipeline::writeToFile(std::span<const char> data) {
+    if (m_failure || m_stop.stop_requested()) {
+        return;
+    }
+    if (auto written = m_file.write(data); !written) {
+        m_failure = std::move(written.error());
+    }
 }
 
 } // namespace quillorn

@@ -373,10 +373,14 @@ PDFResult<void> WriteJob::writeDocument(ReplacementFile& file,
     writer.setPreserveEncryption(false);
     writer.setDecodeLevel(qpdf_dl_none);
     writer.setCompressStreams(m_uncompressedBytes > uncompressedBytesWorthCompressing);
-    writer.registerProgressReporter(std::make_shared<QPDFWriter::FunctionProgressReporter>(
-        [this](int percent) { m_progress.bytesProduced(percent); }));
+    writer.registerProgressReporter(
+        std::make_shared<QPDFWriter::FunctionProgressReporter>([this, &pipeline](int percent) {
+            pipeline.throwIfEnded();
+            m_progress.bytesProduced(percent);
+        }));
     try {
         writer.write();
+        pipeline.throwIfEnded();
     } catch (const WriteCancelled&) {
         return tl::unexpected(cancelled(target));
     } catch (const WriteFailed& failure) {
