@@ -14,7 +14,6 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 
 class ComposeTest : public ProgramFixture {};
 

@@ -39,6 +39,25 @@ TEST_F(FullDiskTest, AFileThatGrowsBeyondTheLimitIsReportedAndTheOldOneStays) {
     EXPECT_THAT(litter(), IsEmpty());
 }
 
+// Small objects reach the disk in blocks that are flushed at odd moments, also at the very end.
+TEST_F(FullDiskTest, TheLimitIsReportedWhereverItIsReached) {
+    TestPDF("many", 3000).setLabels("0 << /S /r >>").writeTo(work / "many.pdf");
+    fs::create_directory(work / "out");
+    const std::vector<std::string> compose = {"compose", "--output-folder", "out",     "--group",
+                                              "M.pdf",   "many.pdf",        "many.pdf"};
+    ASSERT_EQ(program(compose).run().status, 0);
+    const std::uint64_t whole = fs::file_size(work / "out/M.pdf");
+    fs::remove(work / "out/M.pdf");
+    for (const std::uint64_t limit :
+         {std::uint64_t{0}, whole / 4, whole / 2, whole - 100'000, whole - 1000, whole - 1}) {
+        const ProgramResult result = program(compose).withFileSizeLimit(limit).run();
+        EXPECT_EQ(result.status, 4) << limit << " of " << whole << " bytes: " << result.errors;
+        EXPECT_THAT(result.errors, HasSubstr("File too large"));
+        EXPECT_THAT(namesIn(work / "out"), IsEmpty());
+    }
+    EXPECT_EQ(program(compose).withFileSizeLimit(whole).run().status, 0);
+}
+
 // A disk of one megabyte, in a mount namespace that ends with the program. Systems that let
 // nobody make one still have the limit of the test above, which takes the same road.
 TEST_F(FullDiskTest, ADiskThatFillsUpIsReportedAndNothingHalfWrittenStays) {

@@ -70,6 +70,18 @@ INSTANTIATE_TEST_SUITE_P(InterruptTest, EndingSignal, testing::Values(SIGINT, SI
                              return std::string(::sigabbrev_np(signal.param));
                          });
 
+TEST_F(InterruptTest, ASignalAmidTheBytesOfAnOutputLeavesTheOldFile) {
+    const Program job = longJob();
+    for (const std::uint64_t bytes : {std::uint64_t{1}, std::uint64_t{1} << 20U}) {
+        RunningProgram running = job.start();
+        ASSERT_TRUE(waitUntil([&]() { return running.hasOpenFileIn(out, bytes); }));
+        running.signal(SIGTERM);
+        const ProgramResult result = running.wait();
+        EXPECT_EQ(result.status, 128 + SIGTERM) << result.errors;
+        expectOnlyWholeFiles();
+    }
+}
+
 TEST_F(InterruptTest, ASecondSignalEndsTheProgramAtOnce) {
     RunningProgram job = startedJob(longJob());
     job.signal(SIGTERM);

@@ -9,6 +9,7 @@
 #include <pty.h>
 #include <stdexcept>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <thread>
@@ -86,13 +87,16 @@ void RunningProgram::signal(int number) const {
     ::kill(m_process, number);
 }
 
-bool RunningProgram::hasOpenFileIn(const std::filesystem::path& folder) const {
+bool RunningProgram::hasOpenFileIn(const std::filesystem::path& folder, std::uint64_t bytes) const {
     const std::string start = std::filesystem::canonical(folder).string() + "/";
     std::error_code ended;
     for (const auto& entry :
          std::filesystem::directory_iterator("/proc/" + std::to_string(m_process) + "/fd", ended)) {
         std::error_code closed;
-        if (std::filesystem::read_symlink(entry.path(), closed).string().starts_with(start)) {
+        struct stat status {};
+        if (std::filesystem::read_symlink(entry.path(), closed).string().starts_with(start) &&
+            ::stat(entry.path().c_str(), &status) == 0 &&
+            static_cast<std::uint64_t>(status.st_size) >= bytes) {
             return true;
         }
     }

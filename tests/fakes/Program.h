@@ -35,8 +35,10 @@ public:
 
     void signal(int number) const;
 
-    /// Whether it has a file in `folder` open, one that has no name (yet) too.
-    [[nodiscard]] bool hasOpenFileIn(const std::filesystem::path& folder) const;
+    /// Whether it has a file in `folder` open, one that has no name (yet) too, that holds at
+    /// least this many bytes.
+    [[nodiscard]] bool hasOpenFileIn(const std::filesystem::path& folder,
+                                     std::uint64_t bytes = 0) const;
 
     /// Takes what it says and its end; kills it and throws std::runtime_error when it goes on
     /// longer than any test should.
