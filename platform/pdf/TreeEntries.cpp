@@ -5,33 +5,42 @@
 
 namespace quillorn {
 
-void forEachTreeEntry(QPDFObjectHandle root, const char* leafKey, std::size_t entryLimit,
+bool forEachTreeEntry(QPDFObjectHandle root, const char* leafKey, std::size_t entryLimit,
                       const std::function<bool(QPDFObjectHandle, QPDFObjectHandle)>& visit) {
     std::vector<QPDFObjectHandle> pending{root};
     std::set<QPDFObjGen> seen;
     std::size_t visited = 0;
+    bool complete = true;
     while (!pending.empty()) {
         QPDFObjectHandle node = pending.back();
         pending.pop_back();
-        if (!node.isDictionary() || (node.isIndirect() && !seen.insert(node.getObjGen()).second)) {
+        if (!node.isDictionary()) {
+            continue;
+        }
+        if (node.isIndirect() && !seen.insert(node.getObjGen()).second) {
+            complete = false;
             continue;
         }
         if (QPDFObjectHandle entries = node.getKey(leafKey); entries.isArray()) {
             const std::vector<QPDFObjectHandle> items = entries.getArrayAsVector();
             for (std::size_t i = 0; i + 1 < items.size(); i += 2) {
-                if (++visited > entryLimit || !visit(items[i], items[i + 1])) {
-                    return;
+                if (++visited > entryLimit) {
+                    return false;
+                }
+                if (!visit(items[i], items[i + 1])) {
+                    return complete;
                 }
             }
         }
         if (QPDFObjectHandle kids = node.getKey("/Kids"); kids.isArray()) {
             const std::vector<QPDFObjectHandle> items = kids.getArrayAsVector();
             if (pending.size() + items.size() > entryLimit) {
-                return;
+                return false;
             }
             pending.insert(pending.end(), items.rbegin(), items.rend());
         }
     }
+    return complete;
 }
 
 } // namespace quillorn
