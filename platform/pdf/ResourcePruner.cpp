@@ -19,7 +19,7 @@ namespace {
 
 /// Bytes of contents decoded in all: a fixed allowance, and so many times what they are stored in.
 /// Contents pack to a tenth; what packs to a thousandth was made to waste time.
-constexpr std::uint64_t decodedAllowance = 256U << 20U;
+constexpr std::uint64_t decodedAllowance = 64U << 20U;
 constexpr std::uint64_t mostExpansion = 20;
 
 int hexValue(char digit) {
@@ -203,12 +203,13 @@ private:
         }
     }
 
-    /// Streams that are no contents: images, and colours computed by numbers.
+    /// Streams that are no contents: images, and colours given by numbers.
     static bool isPicture(const HeavyResource& resource) {
-        QPDFObjectHandle dictionary = QPDFObjectHandle(resource.object).getDict();
-        return resource.category == "/Shading" || resource.category == "/ColorSpace" ||
-               (resource.category == "/XObject" &&
-                !dictionary.getKey("/Subtype").isNameAndEquals("/Form"));
+        if (resource.category == "/XObject") {
+            QPDFObjectHandle object = resource.object;
+            return !object.getDict().getKey("/Subtype").isNameAndEquals("/Form");
+        }
+        return resource.category == "/Shading" || resource.category == "/ColorSpace";
     }
 
     /// `holder` may name resources; what names none draws with those of its surroundings.
