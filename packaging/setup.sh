@@ -103,6 +103,8 @@ configure_preset() {
 build_preset() {
     local preset=$1 tests=$2
     shift 2
+    # What one checkout compiled serves every other one.
+    export CCACHE_BASEDIR=$quillorn_root CCACHE_NOHASHDIR=1
     local folder=$quillorn_root/build/$preset
     mkdir -p "$folder"
     (

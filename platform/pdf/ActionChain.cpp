@@ -11,6 +11,8 @@ namespace {
 /// Far longer than any that a person made. Thousands of links may share one, so it is not larger.
 constexpr std::size_t longestChain = 256;
 
+constexpr std::size_t deepestDirect = 16;
+
 } // namespace
 
 ActionChain actionChain(const QPDFObjectHandle& action) {
@@ -46,6 +48,7 @@ ActionChain actionChain(const QPDFObjectHandle& action) {
 
 QPDFObjectHandle chained(QPDF& document, const std::vector<QPDFObjectHandle>& actions) {
     QPDFObjectHandle next = QPDFObjectHandle::newNull();
+    std::size_t depth = 0;
     for (auto action = actions.rbegin(); action != actions.rend(); ++action) {
         QPDFObjectHandle copy = QPDFObjectHandle(*action).shallowCopy();
         if (next.isNull()) {
@@ -53,7 +56,9 @@ QPDFObjectHandle chained(QPDF& document, const std::vector<QPDFObjectHandle>& ac
         } else {
             copy.replaceKey("/Next", next);
         }
-        next = document.makeIndirectObject(copy);
+        // Direct objects within direct objects are not read back to any depth.
+        const bool deep = ++depth % deepestDirect == 0;
+        next = deep ? document.makeIndirectObject(copy) : copy;
     }
     return next;
 }

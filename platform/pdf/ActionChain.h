@@ -16,8 +16,9 @@ struct ActionChain {
 
 [[nodiscard]] ActionChain actionChain(const QPDFObjectHandle& action);
 
-/// Copies of `actions`, each followed by the next; the first of them, or null for none. They
-/// become objects of `document`, to which `actions` must belong.
+/// Copies of `actions`, each followed by the next; the first of them, or null for none. Short
+/// chains are direct objects; of a longer one, parts become objects of `document`, to which
+/// `actions` must belong.
 [[nodiscard]] QPDFObjectHandle chained(QPDF& document,
                                        const std::vector<QPDFObjectHandle>& actions);
 

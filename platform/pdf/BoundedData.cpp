@@ -11,6 +11,8 @@ class BoundedString : public Pipeline {
 public:
     explicit BoundedString(std::size_t limit) : Pipeline("bounded", nullptr), m_limit(limit) {}
 
+    [[nodiscard]] std::size_t size() const { return m_text.size(); }
+
     void write(unsigned char const* data, size_t length) override {
         if (length > m_limit - m_text.size()) {
             throw std::length_error("the stream is too long");
@@ -28,19 +30,24 @@ private:
 } // namespace
 
 std::optional<std::string> decodedData(QPDFObjectHandle object, std::size_t limit,
-                                       bool pageContents) {
+                                       bool pageContents, std::size_t* produced) {
+    BoundedString text(limit);
+    bool complete = false;
     try {
-        BoundedString text(limit);
         if (pageContents) {
             object.pipePageContents(&text);
-        } else if (!object.isStream() ||
-                   !object.pipeStreamData(&text, 0, qpdf_dl_generalized, true)) {
-            return std::nullopt;
+            complete = true;
+        } else {
+            complete =
+                object.isStream() && object.pipeStreamData(&text, 0, qpdf_dl_generalized, true);
         }
-        return text.take();
     } catch (const std::exception&) {
-        return std::nullopt; // the caller goes on without the data, as documented
+        complete = false; // the caller goes on without the data, as documented
     }
+    if (produced != nullptr) {
+        *produced = text.size();
+    }
+    return complete ? std::optional(text.take()) : std::nullopt;
 }
 
 } // namespace quillorn

@@ -30,6 +30,11 @@ struct CarryContext {
     [[nodiscard]] QPDFObjectHandle carried(const QPDFObjectHandle& value) const {
         return copier == nullptr ? value : copier->copy(value);
     }
+
+    /// Whether an object of the source has come along already, with the pages or otherwise.
+    [[nodiscard]] bool isInUse(const QPDFObjectHandle& object) const {
+        return copier == nullptr || copier->hasCopied(object.getObjGen());
+    }
 };
 
 } // namespace quillorn

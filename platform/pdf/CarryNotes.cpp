@@ -37,6 +37,10 @@ Wording wordingOf(PDFCarryNote::Kind kind) {
     case Kind::outputIntentLost:
         return {"output-intent-dropped", "output intent dropped", "output intents dropped",
                 "the documents name different printing conditions"};
+    case Kind::conformanceLost:
+        return {"conformance-dropped", "statement of conformance dropped",
+                "statements of conformance dropped",
+                "nothing checks that the new document follows PDF/A, PDF/UA or PDF/X"};
     case Kind::structureLimited:
         return {"structure-limited", "structure cut off", "structures cut off",
                 "it is damaged or larger than any reader could use"};

@@ -20,6 +20,7 @@ struct PDFCarryNote {
         formScriptingLost,   ///< an XFA form description, replaced by the plain form
         structureLost,       ///< the structure tree (tags)
         outputIntentLost,    ///< documents that name different printing conditions
+        conformanceLost,     ///< the statement to follow PDF/A, PDF/UA or PDF/X
         structureLimited     ///< a structure too large or too deep to be sound, cut off
     };
 

@@ -1,9 +1,11 @@
 #include "platform/pdf/CatalogBuilder.h"
 
+#include "platform/pdf/BoundedData.h"
 #include "platform/pdf/LabelRanges.h"
 #include "platform/pdf/RepeatedPages.h"
 
 #include <array>
+#include <functional>
 
 namespace quillorn {
 
@@ -18,11 +20,19 @@ constexpr std::array<const char*, 5> viewingKeys{"/ViewerPreferences", "/PageLay
 constexpr std::array<const char*, 7> wholeDocumentKeys{
     "/Dests", "/Extensions", "/Collection", "/PieceInfo", "/Requirements", "/AA", "/OpenAction"};
 
+/// A printing condition in one text that tells it from others: what it says of itself, and its
+/// profile, since many profiles are just called "Custom".
 std::string conditionsOf(QPDFObjectHandle intents) {
+    constexpr std::size_t profileLimit = 64U << 20U; // bytes
     std::string conditions;
     for (QPDFObjectHandle& intent : intents.getArrayAsVector()) {
-        QPDFObjectHandle name = intent.getKeyIfDict("/OutputConditionIdentifier");
-        conditions += (name.isString() ? name.getUTF8Value() : std::string()) + "\n";
+        for (const char* key :
+             {"/S", "/OutputConditionIdentifier", "/OutputCondition", "/RegistryName", "/Info"}) {
+            QPDFObjectHandle value = intent.getKeyIfDict(key);
+            conditions += (value.isString() ? value.getUTF8Value() : std::string()) + "\n";
+        }
+        const auto profile = decodedData(intent.getKeyIfDict("/DestOutputProfile"), profileLimit);
+        conditions += std::to_string(std::hash<std::string>()(profile.value_or("")));
     }
     return conditions;
 }
@@ -58,7 +68,7 @@ void CatalogBuilder::collect(CarryContext& context,
     m_outlines.collect(context, *m_destinations, *m_links);
     m_forms.collect(context);
     m_layers.collect(context);
-    m_names.collect(context);
+    m_names.collect(context, m_forms.collectedFields());
     m_threads.collect(context);
     const auto ranges = readLabelRanges(context.source.getRoot().getKey("/PageLabels"));
     for (const PageUse& use : context.pages.uses()) {
@@ -91,20 +101,30 @@ void CatalogBuilder::collectStructure(const CarryContext& context) {
     context.notes.add(PDFCarryNote::Kind::structureLost, context.file);
 }
 
-/// One printing condition holds for a whole document.
+/// One printing condition holds for a whole document, so it stays when all sources name it.
 void CatalogBuilder::collectOutputIntents(const CarryContext& context) {
     QPDFObjectHandle intents = context.source.getRoot().getKey("/OutputIntents");
+    if (context.onlySource) {
+        if (intents.isArray()) {
+            m_catalog.replaceKey("/OutputIntents", context.carried(intents));
+        }
+        return;
+    }
     const std::string conditions = intents.isArray() ? conditionsOf(intents) : std::string();
     if (m_sources == 1) {
         m_outputConditions = conditions;
         if (intents.isArray()) {
-            m_catalog.replaceKey("/OutputIntents", context.carried(intents));
+            m_outputIntents = context.carried(intents);
+            m_outputIntentsFile = context.file;
         }
     } else if (m_outputConditions != conditions) {
-        m_catalog.removeKey("/OutputIntents");
-        if (m_outputConditions) {
+        if (!m_outputIntents.isNull()) {
+            context.notes.add(PDFCarryNote::Kind::outputIntentLost, m_outputIntentsFile);
+        }
+        if (intents.isArray()) {
             context.notes.add(PDFCarryNote::Kind::outputIntentLost, context.file);
         }
+        m_outputIntents = QPDFObjectHandle::newNull();
         m_outputConditions.reset();
     }
 }
@@ -157,8 +177,9 @@ QPDFObjectHandle CatalogBuilder::finish(QPDF& output, QPDFObjectHandle pageTree,
     };
     put("/Outlines", m_outlines.finish(output, choices.flatOutline));
     put("/AcroForm", m_forms.finish(output, notes));
+    put("/OutputIntents", m_outputIntents);
     put("/OCProperties", m_layers.finish());
-    put("/Names", m_names.finish());
+    put("/Names", m_names.finish(output));
     put("/Threads", m_threads.finish());
     put("/PageLabels", m_labels.finish());
     if (m_language && !m_language->empty()) {

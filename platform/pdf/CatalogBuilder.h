@@ -12,6 +12,7 @@
 #include "platform/pdf/ThreadCarrier.h"
 
 #include <cstddef>
+#include <filesystem>
 #include <optional>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
@@ -59,6 +60,8 @@ private:
     std::size_t m_sources = 0;
     std::optional<std::string> m_language;         ///< common to all sources so far
     std::optional<std::string> m_outputConditions; ///< common to all sources so far
+    QPDFObjectHandle m_outputIntents = QPDFObjectHandle::newNull();
+    std::filesystem::path m_outputIntentsFile;
 };
 
 } // namespace quillorn

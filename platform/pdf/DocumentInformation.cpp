@@ -2,9 +2,11 @@
 
 #include "platform/pdf/BoundedData.h"
 
+#include <algorithm>
 #include <array>
 #include <qpdf/QUtil.hh>
 #include <string_view>
+#include <utility>
 
 namespace quillorn {
 
@@ -36,26 +38,61 @@ std::string escapedForXml(std::string_view text) {
     return escaped;
 }
 
-/// Replaces the text of a property wherever the packet states it, as an element
-/// (<pdf:Producer>...</pdf:Producer>) or as an attribute (pdf:Producer="...").
-void setProperty(std::string& packet, const std::string& property, const std::string& value) {
+/// Where a packet states a property: as an element (<pdf:Producer>...</pdf:Producer>) or as an
+/// attribute (pdf:Producer="...").
+struct Statement {
+    std::size_t start;      ///< of the element or the attribute
+    std::size_t valueStart; ///< of what it says
+    std::size_t valueEnd;
+    std::size_t end;
+};
+
+std::optional<Statement> findProperty(const std::string& packet, const std::string& property,
+                                      std::size_t from) {
     const std::array<std::pair<std::string, std::string>, 3> forms{
         {{"<" + property + ">", "</" + property + ">"},
          {property + "=\"", "\""},
          {property + "='", "'"}}};
+    std::optional<Statement> first;
     for (const auto& [before, after] : forms) {
-        std::size_t start = packet.find(before);
-        while (start != std::string::npos) {
-            start += before.size();
-            const std::size_t end = packet.find(after, start);
-            if (end == std::string::npos) {
-                break;
-            }
-            packet.replace(start, end - start, value);
-            start = packet.find(before, start + value.size());
+        const std::size_t start = packet.find(before, from);
+        if (start == std::string::npos || (first && first->start < start)) {
+            continue;
+        }
+        const std::size_t valueStart = start + before.size();
+        const std::size_t valueEnd = packet.find(after, valueStart);
+        if (valueEnd != std::string::npos) {
+            first = Statement{start, valueStart, valueEnd, valueEnd + after.size()};
         }
     }
+    return first;
 }
+
+/// Replaces what a packet says of a property wherever it says it.
+void setProperty(std::string& packet, const std::string& property, const std::string& value) {
+    for (auto found = findProperty(packet, property, 0); found;
+         found = findProperty(packet, property, found->valueStart + value.size())) {
+        packet.replace(found->valueStart, found->valueEnd - found->valueStart, value);
+    }
+}
+
+/// Whether a packet said anything of a property, which it then no longer does.
+bool removeProperty(std::string& packet, const std::string& property) {
+    bool any = false;
+    for (auto found = findProperty(packet, property, 0); found;
+         found = findProperty(packet, property, found->start)) {
+        packet.erase(found->start, found->end - found->start);
+        any = true;
+    }
+    return any;
+}
+
+/// Properties that state which rules for archives, accessibility or printing a file follows.
+constexpr std::array<const char*, 9> conformanceProperties{
+    "pdfaid:part", "pdfaid:conformance",     "pdfaid:amd",
+    "pdfaid:rev",  "pdfuaid:part",           "pdfuaid:amd",
+    "pdfuaid:rev", "pdfxid:GTS_PDFXVersion", "pdfx:GTS_PDFXVersion"};
+constexpr std::array<const char*, 2> conformanceKeys{"/GTS_PDFXVersion", "/GTS_PDFXConformance"};
 
 std::string newPacket(const std::string& title, const std::string& date) {
     return "<?xpacket begin=\"\xEF\xBB\xBF\" id=\"W5M0MpCehiHzreSzNTczkc9d\"?>\n"
@@ -80,17 +117,33 @@ std::string newPacket(const std::string& title, const std::string& date) {
 void DocumentInformation::collect(const CarryContext& context) {
     QPDFObjectHandle metadata = context.source.getRoot().getKey("/Metadata");
     m_anyPacket = m_anyPacket || metadata.isStream();
+    std::optional<std::string> packet = decodedData(metadata, packetLimit);
+    bool conformed = false;
+    for (const char* property : conformanceProperties) {
+        conformed = (packet && removeProperty(*packet, property)) || conformed;
+    }
+    QPDFObjectHandle information = context.source.getTrailer().getKey("/Info");
+    for (const char* key : conformanceKeys) {
+        conformed = information.getKeyIfDict(key).isString() || conformed;
+    }
+    if (conformed) {
+        context.notes.add(PDFCarryNote::Kind::conformanceLost, context.file);
+    }
     if (!context.onlySource) {
         return;
     }
-    QPDFObjectHandle information = context.source.getTrailer().getKey("/Info");
     if (information.isDictionary()) {
-        for (const auto& [key, value] : information.getDictAsMap()) {
-            m_entries.emplace(key, context.carried(value));
+        for (auto& [key, value] : information.getDictAsMap()) {
+            const bool dropped = std::find(conformanceKeys.begin(), conformanceKeys.end(), key) !=
+                                 conformanceKeys.end();
+            if (!dropped && (value.isString() || value.isName() || value.isBool())) {
+                m_entries.emplace(key, context.carried(value));
+            }
         }
     }
-    if (metadata.isStream()) {
-        m_packet = decodedData(metadata, packetLimit);
+    // A packet in another encoding than everybody's cannot be kept true to the other entries.
+    if (packet && packet->find('\0') == std::string::npos) {
+        m_packet = std::move(packet);
     }
 }
 

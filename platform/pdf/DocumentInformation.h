@@ -15,7 +15,8 @@ namespace quillorn {
 ///
 /// Pages of one source keep all that it says; pages of several make a new document, which is
 /// titled after its own name. Either way this program is named as the producer, and both places
-/// say the same.
+/// say the same. A statement to follow PDF/A, PDF/UA or PDF/X is taken back: it was made for
+/// the file as it was, and nothing here checks it for the new one.
 class DocumentInformation {
 public:
     void collect(const CarryContext& context);

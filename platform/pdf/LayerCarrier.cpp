@@ -1,11 +1,15 @@
 #include "platform/pdf/LayerCarrier.h"
 
-#include <cstddef>
+#include <algorithm>
 #include <set>
 
 namespace quillorn {
 
 namespace {
+
+/// The panel of layers nests no deeper; configurations of hostile files may be loops.
+constexpr std::size_t deepestOrder = 16;
+constexpr std::size_t orderLimit = 100'000;
 
 std::set<QPDFObjGen> idsIn(QPDFObjectHandle list) {
     std::set<QPDFObjGen> ids;
@@ -17,6 +21,64 @@ std::set<QPDFObjGen> idsIn(QPDFObjectHandle list) {
     return ids;
 }
 
+/// Turns what a configuration says of groups into the same of those that came along.
+class Configuration {
+public:
+    Configuration(const CarryContext& context, std::set<QPDFObjGen> groups)
+        : m_context(context), m_groups(std::move(groups)) {}
+
+    /// The items of a list that are groups, or lists with groups in them, that came along.
+    std::vector<QPDFObjectHandle> kept(QPDFObjectHandle list, std::size_t depth = 0) {
+        std::vector<QPDFObjectHandle> items;
+        if (!list.isArray() || depth == deepestOrder) {
+            return items;
+        }
+        bool any = false;
+        for (QPDFObjectHandle& item : list.getArrayAsVector()) {
+            if (++m_visited > orderLimit) {
+                break;
+            }
+            if (item.isIndirect() && m_groups.contains(item.getObjGen())) {
+                items.push_back(m_context.carried(item));
+                any = true;
+            } else if (item.isArray()) {
+                const std::vector<QPDFObjectHandle> below = kept(item, depth + 1);
+                if (!below.empty()) {
+                    items.push_back(QPDFObjectHandle::newArray(below));
+                    any = true;
+                }
+            } else if (item.isString()) {
+                items.push_back(QPDFObjectHandle::newString(item.getStringValue())); // a title
+            }
+        }
+        return any ? items : std::vector<QPDFObjectHandle>{};
+    }
+
+    /// Rules like "in print, do as the group says": dictionaries that list groups.
+    std::vector<QPDFObjectHandle> keptUsage(QPDFObjectHandle list) {
+        std::vector<QPDFObjectHandle> items;
+        if (!list.isArray()) {
+            return items;
+        }
+        for (QPDFObjectHandle& rule : list.getArrayAsVector()) {
+            const std::vector<QPDFObjectHandle> groups = kept(rule.getKeyIfDict("/OCGs"));
+            if (!groups.empty()) {
+                QPDFObjectHandle copy = rule.shallowCopy();
+                copy.removeKey("/OCGs");
+                copy = m_context.carried(copy);
+                copy.replaceKey("/OCGs", QPDFObjectHandle::newArray(groups));
+                items.push_back(copy);
+            }
+        }
+        return items;
+    }
+
+private:
+    const CarryContext& m_context;
+    std::set<QPDFObjGen> m_groups;
+    std::size_t m_visited = 0;
+};
+
 } // namespace
 
 void LayerCarrier::collect(const CarryContext& context) {
@@ -25,77 +87,73 @@ void LayerCarrier::collect(const CarryContext& context) {
     if (!listed.isArray()) {
         return;
     }
-    ++m_sources;
     if (context.onlySource) {
         m_single = context.carried(properties);
         return;
     }
-    std::vector<QPDFObjectHandle> groups;
-    for (const QPDFObjectHandle& group : listed.getArrayAsVector()) {
-        if (group.isIndirect() && QPDFObjectHandle(group).isDictionary()) {
-            groups.push_back(group);
-            m_groups.push_back(context.carried(group));
-        }
-    }
-    QPDFObjectHandle configuration = properties.getKey("/D");
-    if (!configuration.isDictionary()) {
-        return;
-    }
-    collectStates(context, configuration, groups);
-    append(context, configuration, "/RBGroups", m_radioButtons);
-    append(context, configuration, "/Locked", m_locked);
-    append(context, configuration, "/AS", m_usage);
-    QPDFObjectHandle order = configuration.getKey("/Order");
-    if (order.isArray()) {
-        // A text before the entries of an array is the title that a reader shows over them.
-        std::vector<QPDFObjectHandle> titled{
-            QPDFObjectHandle::newUnicodeString(context.file.filename().string())};
-        append(context, configuration, "/Order", titled);
-        m_order.push_back(QPDFObjectHandle::newArray(titled));
-    }
-}
-
-void LayerCarrier::collectStates(const CarryContext& context, QPDFObjectHandle configuration,
-                                 const std::vector<QPDFObjectHandle>& groups) {
+    QPDFObjectHandle stated = properties.getKey("/D");
     // Sources may start from opposite states; the output starts from "on".
-    const bool startsOff = configuration.getKey("/BaseState").isNameAndEquals("/OFF");
-    const std::set<QPDFObjGen> on = idsIn(configuration.getKey("/ON"));
-    const std::set<QPDFObjGen> off = idsIn(configuration.getKey("/OFF"));
-    for (const QPDFObjectHandle& group : groups) {
+    const bool startsOff = stated.getKeyIfDict("/BaseState").isNameAndEquals("/OFF");
+    const std::set<QPDFObjGen> on = idsIn(stated.getKeyIfDict("/ON"));
+    const std::set<QPDFObjGen> off = idsIn(stated.getKeyIfDict("/OFF"));
+
+    SourceLayers layers;
+    layers.firstOutput = context.pages.firstOutput(context.pages.kept().front());
+    std::set<QPDFObjGen> ids;
+    for (QPDFObjectHandle& group : listed.getArrayAsVector()) {
+        if (!group.isIndirect() || !group.isDictionary() || !context.isInUse(group) ||
+            !ids.insert(group.getObjGen()).second) {
+            continue;
+        }
+        layers.groups.push_back(context.carried(group));
         const QPDFObjGen id = group.getObjGen();
         if (off.contains(id) || (startsOff && !on.contains(id))) {
-            m_off.push_back(context.carried(group));
+            layers.off.push_back(layers.groups.back());
         }
     }
-}
-
-void LayerCarrier::append(const CarryContext& context, QPDFObjectHandle configuration,
-                          const char* key, std::vector<QPDFObjectHandle>& list) {
-    QPDFObjectHandle value = configuration.getKey(key);
-    if (value.isArray()) {
-        for (const QPDFObjectHandle& item : value.getArrayAsVector()) {
-            list.push_back(context.carried(item));
-        }
+    if (layers.groups.empty()) {
+        return;
     }
+    Configuration configuration(context, std::move(ids));
+    layers.radioButtons = configuration.kept(stated.getKeyIfDict("/RBGroups"));
+    layers.locked = configuration.kept(stated.getKeyIfDict("/Locked"));
+    layers.usage = configuration.keptUsage(stated.getKeyIfDict("/AS"));
+    layers.order = configuration.kept(stated.getKeyIfDict("/Order"));
+    if (!layers.order.empty()) {
+        // A text before the entries of an array is the title that a reader shows over them.
+        layers.order.insert(layers.order.begin(),
+                            QPDFObjectHandle::newUnicodeString(context.file.filename().string()));
+        layers.order = {QPDFObjectHandle::newArray(layers.order)};
+    }
+    m_sources.push_back(std::move(layers));
 }
 
 QPDFObjectHandle LayerCarrier::finish() {
-    if (m_sources == 0 || !m_single.isNull()) {
+    if (m_sources.empty()) {
         return m_single;
     }
+    std::stable_sort(m_sources.begin(), m_sources.end(),
+                     [](const auto& a, const auto& b) { return a.firstOutput < b.firstOutput; });
+    const auto all = [this](std::vector<QPDFObjectHandle> SourceLayers::*list) {
+        std::vector<QPDFObjectHandle> joined;
+        for (const SourceLayers& source : m_sources) {
+            joined.insert(joined.end(), (source.*list).begin(), (source.*list).end());
+        }
+        return joined;
+    };
     QPDFObjectHandle configuration = QPDFObjectHandle::newDictionary();
     const auto put = [&configuration](const char* key, const std::vector<QPDFObjectHandle>& list) {
         if (!list.empty()) {
             configuration.replaceKey(key, QPDFObjectHandle::newArray(list));
         }
     };
-    put("/OFF", m_off);
-    put("/Order", m_order);
-    put("/RBGroups", m_radioButtons);
-    put("/Locked", m_locked);
-    put("/AS", m_usage);
+    put("/OFF", all(&SourceLayers::off));
+    put("/Order", all(&SourceLayers::order));
+    put("/RBGroups", all(&SourceLayers::radioButtons));
+    put("/Locked", all(&SourceLayers::locked));
+    put("/AS", all(&SourceLayers::usage));
     QPDFObjectHandle properties = QPDFObjectHandle::newDictionary();
-    properties.replaceKey("/OCGs", QPDFObjectHandle::newArray(m_groups));
+    properties.replaceKey("/OCGs", QPDFObjectHandle::newArray(all(&SourceLayers::groups)));
     properties.replaceKey("/D", configuration);
     return properties;
 }

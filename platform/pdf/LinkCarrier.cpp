@@ -14,20 +14,9 @@ void LinkCarrier::preparePage(QPDFObjectHandle page) {
     if (!annotations.isArray()) {
         return;
     }
-    QPDFObjectHandle prepared;
-    if (annotations.isIndirect()) {
-        const auto known = m_lists.find(annotations.getObjGen());
-        prepared = known == m_lists.end() ? preparedList(annotations) : known->second;
-        m_lists.emplace(annotations.getObjGen(), prepared);
-    } else {
-        prepared = preparedList(annotations);
+    if (annotations.isIndirect() && !m_lists.insert(annotations.getObjGen()).second) {
+        return;
     }
-    if (prepared.getObjectPtr() != annotations.getObjectPtr()) {
-        page.replaceKey("/Annots", prepared);
-    }
-}
-
-QPDFObjectHandle LinkCarrier::preparedList(QPDFObjectHandle annotations) {
     const std::vector<QPDFObjectHandle> all = annotations.getArrayAsVector();
     std::vector<QPDFObjectHandle> staying;
     staying.reserve(all.size());
@@ -37,11 +26,16 @@ QPDFObjectHandle LinkCarrier::preparedList(QPDFObjectHandle annotations) {
         }
     }
     if (staying.size() == all.size()) {
-        return annotations;
+        return;
     }
-    // A new list: pages that stay behind may share the old one.
-    QPDFObjectHandle list = QPDFObjectHandle::newArray(staying);
-    return annotations.isIndirect() ? m_context.source.makeIndirectObject(list) : list;
+    if (annotations.isIndirect()) {
+        // In its place, so that pages go on sharing it. A new object in a source would make
+        // libqpdf read all the others first.
+        m_context.source.replaceObject(annotations.getObjGen(),
+                                       QPDFObjectHandle::newArray(staying));
+    } else {
+        page.replaceKey("/Annots", QPDFObjectHandle::newArray(staying));
+    }
 }
 
 bool LinkCarrier::staysOnPage(const QPDFObjectHandle& annotation) {

@@ -40,7 +40,6 @@ public:
     [[nodiscard]] const std::vector<QPDFObjectHandle>& widgets() const { return m_widgets; }
 
 private:
-    [[nodiscard]] QPDFObjectHandle preparedList(QPDFObjectHandle annotations);
     [[nodiscard]] bool staysOnPage(const QPDFObjectHandle& annotation);
     [[nodiscard]] bool prepareAnnotation(QPDFObjectHandle annotation);
     [[nodiscard]] bool prepareLink(QPDFObjectHandle link);
@@ -53,7 +52,7 @@ private:
     CarryContext& m_context;
     Destinations& m_destinations;
     // Only indirect objects can be shared.
-    std::map<QPDFObjGen, QPDFObjectHandle> m_lists;   ///< what became of lists of annotations
+    std::set<QPDFObjGen> m_lists;                     ///< of annotations, that were gone through
     std::map<QPDFObjGen, bool> m_annotations;         ///< whether an annotation stays
     std::map<QPDFObjGen, QPDFObjectHandle> m_actions; ///< what became of actions
     std::set<QPDFObjGen> m_additionalActions;

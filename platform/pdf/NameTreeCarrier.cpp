@@ -2,14 +2,19 @@
 
 #include "platform/pdf/TreeEntries.h"
 
-#include <cstddef>
-#include <vector>
+#include <algorithm>
+#include <map>
+#include <utility>
 
 namespace quillorn {
 
 namespace {
 
-constexpr std::size_t entryLimit = 100'000;
+constexpr std::size_t entryLimit = 1'000'000;
+constexpr std::size_t namesPerNode = 256;
+
+constexpr const char* attachments = "/EmbeddedFiles";
+constexpr const char* scripts = "/JavaScript";
 
 /// "name.txt" becomes "name (2).txt", so that an attachment keeps its type.
 std::string numberedName(const std::string& name, int number) {
@@ -18,59 +23,105 @@ std::string numberedName(const std::string& name, int number) {
     return name.substr(0, end) + " (" + std::to_string(number) + ")" + name.substr(end);
 }
 
-/// One flat node: readers search it as fast as they read it, and no document has millions.
-QPDFObjectHandle treeOf(const std::map<std::string, QPDFObjectHandle>& entries) {
-    std::vector<QPDFObjectHandle> names;
-    for (const auto& [name, value] : entries) {
-        names.push_back(QPDFObjectHandle::newUnicodeString(name));
-        names.push_back(value);
+/// One name tree of the output: in the order of the names' bytes, as readers search it.
+class Tree {
+public:
+    void add(QPDFObjectHandle name, const QPDFObjectHandle& value) {
+        m_entries.try_emplace(name.getStringValue(), name, value);
     }
-    QPDFObjectHandle tree = QPDFObjectHandle::newDictionary();
-    tree.replaceKey("/Names", QPDFObjectHandle::newArray(names));
-    return tree;
-}
+
+    /// Gives the value another name when there is one of that name already.
+    void addUnderFreeName(QPDFObjectHandle name, const QPDFObjectHandle& value) {
+        if (m_entries.contains(name.getStringValue())) {
+            const std::string taken = name.getUTF8Value();
+            int& number = m_lastNumbers.try_emplace(taken, 1).first->second;
+            do {
+                name = QPDFObjectHandle::newUnicodeString(numberedName(taken, ++number));
+            } while (m_entries.contains(name.getStringValue()));
+        }
+        add(name, value);
+    }
+
+    [[nodiscard]] QPDFObjectHandle build(QPDF& output) const {
+        std::vector<QPDFObjectHandle> nodes;
+        for (auto entry = m_entries.begin(); entry != m_entries.end();) {
+            const QPDFObjectHandle first = entry->second.first;
+            QPDFObjectHandle last;
+            std::vector<QPDFObjectHandle> names;
+            for (std::size_t i = 0; i < namesPerNode && entry != m_entries.end(); ++i, ++entry) {
+                last = entry->second.first;
+                names.push_back(entry->second.first);
+                names.push_back(entry->second.second);
+            }
+            QPDFObjectHandle node = QPDFObjectHandle::newDictionary();
+            node.replaceKey("/Names", QPDFObjectHandle::newArray(names));
+            node.replaceKey("/Limits", QPDFObjectHandle::newArray({first, last}));
+            nodes.push_back(node);
+        }
+        if (nodes.size() == 1) {
+            nodes.front().removeKey("/Limits"); // a root has none
+            return nodes.front();
+        }
+        for (QPDFObjectHandle& node : nodes) {
+            node = output.makeIndirectObject(node);
+        }
+        QPDFObjectHandle root = QPDFObjectHandle::newDictionary();
+        root.replaceKey("/Kids", QPDFObjectHandle::newArray(nodes));
+        return root;
+    }
+
+private:
+    std::map<std::string, std::pair<QPDFObjectHandle, QPDFObjectHandle>> m_entries;
+    std::map<std::string, int> m_lastNumbers;
+};
 
 } // namespace
 
-void NameTreeCarrier::collect(const CarryContext& context) {
+void NameTreeCarrier::collect(const CarryContext& context, bool withScripts) {
     QPDFObjectHandle names = context.source.getRoot().getKey("/Names");
     if (!names.isDictionary()) {
         return;
     }
-    if (context.isWholeDocument()) {
-        m_whole = context.carried(names);
-    } else {
-        collectTree(context, "/EmbeddedFiles", m_attachments);
-        collectTree(context, "/JavaScript", m_scripts);
+    for (auto& [tree, root] : names.getDictAsMap()) {
+        if (tree == attachments || (tree == scripts && withScripts) || context.isWholeDocument()) {
+            collectTree(context, tree, root);
+        }
     }
 }
 
-void NameTreeCarrier::collectTree(const CarryContext& context, const char* tree, Entries& entries) {
-    QPDFObjectHandle root = context.source.getRoot().getKey("/Names").getKey(tree);
-    forEachTreeEntry(root, "/Names", entryLimit, [&](QPDFObjectHandle key, QPDFObjectHandle value) {
-        if (!key.isString() || !value.isDictionary()) {
+void NameTreeCarrier::collectTree(const CarryContext& context, const std::string& tree,
+                                  QPDFObjectHandle root) {
+    const std::size_t firstOutput = context.pages.firstOutput(context.pages.kept().front());
+    const bool complete = forEachTreeEntry(
+        root, "/Names", entryLimit, [&](QPDFObjectHandle name, QPDFObjectHandle value) {
+            if (name.isString() && !value.isNull()) {
+                name = QPDFObjectHandle::newString(name.getStringValue());
+                m_entries.push_back({firstOutput, tree, name, context.carried(value)});
+            }
             return true;
-        }
-        const std::string name = key.getUTF8Value();
-        std::string free = name;
-        for (int number = 2; entries.contains(free); ++number) {
-            free = numberedName(name, number);
-        }
-        entries.emplace(free, context.carried(value));
-        return true;
-    });
+        });
+    if (!complete) {
+        context.notes.add(PDFCarryNote::Kind::structureLimited, context.file, "names");
+    }
 }
 
-QPDFObjectHandle NameTreeCarrier::finish() {
-    if (!m_whole.isNull() || (m_attachments.empty() && m_scripts.empty())) {
-        return m_whole;
+QPDFObjectHandle NameTreeCarrier::finish(QPDF& output) {
+    if (m_entries.empty()) {
+        return QPDFObjectHandle::newNull();
+    }
+    std::stable_sort(m_entries.begin(), m_entries.end(),
+                     [](const Entry& a, const Entry& b) { return a.firstOutput < b.firstOutput; });
+    std::map<std::string, Tree> trees;
+    for (const Entry& entry : m_entries) {
+        if (entry.tree == attachments || entry.tree == scripts) {
+            trees[entry.tree].addUnderFreeName(entry.name, entry.value);
+        } else {
+            trees[entry.tree].add(entry.name, entry.value);
+        }
     }
     QPDFObjectHandle names = QPDFObjectHandle::newDictionary();
-    if (!m_attachments.empty()) {
-        names.replaceKey("/EmbeddedFiles", treeOf(m_attachments));
-    }
-    if (!m_scripts.empty()) {
-        names.replaceKey("/JavaScript", treeOf(m_scripts));
+    for (const auto& [key, tree] : trees) {
+        names.replaceKey(key, tree.build(output));
     }
     return names;
 }

@@ -2,29 +2,38 @@
 
 #include "platform/pdf/CarryContext.h"
 
-#include <map>
+#include <cstddef>
 #include <qpdf/QPDFObjectHandle.hh>
 #include <string>
+#include <vector>
 
 namespace quillorn {
 
-/// Carries what documents keep in name trees of their own: attachments, and the scripts that
-/// their forms call. Each comes along once from every source that contributes a page; a name
-/// that is taken gets a number. A document that comes along whole keeps all its name trees.
+/// Carries what documents keep in name trees of their own (ISO 32000-1, 7.7.4).
+///
+/// Attachments come along once from every source that contributes a page; scripts of the
+/// document from every source that contributes form fields, whose calculations call them. A name
+/// that an earlier document uses gets a number. A document that comes along whole keeps all its
+/// name trees: named destinations, for links from other files, and what else there is.
+///
+/// The trees are built anew: those that come in may loop, or be out of order.
 class NameTreeCarrier {
 public:
-    void collect(const CarryContext& context);
+    void collect(const CarryContext& context, bool withScripts);
     /// The catalogue's /Names, or null when there is nothing in it.
-    [[nodiscard]] QPDFObjectHandle finish();
+    [[nodiscard]] QPDFObjectHandle finish(QPDF& output);
 
 private:
-    using Entries = std::map<std::string, QPDFObjectHandle>; ///< in the order a name tree needs
+    struct Entry {
+        std::size_t firstOutput; ///< of the source
+        std::string tree;        ///< "/EmbeddedFiles"
+        QPDFObjectHandle name;
+        QPDFObjectHandle value; ///< in the output
+    };
 
-    void collectTree(const CarryContext& context, const char* tree, Entries& entries);
+    void collectTree(const CarryContext& context, const std::string& tree, QPDFObjectHandle root);
 
-    QPDFObjectHandle m_whole = QPDFObjectHandle::newNull();
-    Entries m_attachments;
-    Entries m_scripts;
+    std::vector<Entry> m_entries;
 };
 
 } // namespace quillorn

@@ -38,6 +38,8 @@ public:
     [[nodiscard]] std::map<std::string, QPDFObjectHandle>
     copyEntries(std::map<std::string, QPDFObjectHandle> entries);
 
+    [[nodiscard]] bool hasCopied(QPDFObjGen id) const { return m_copies.contains(id); }
+
     /// Bytes of the streams copied so far that carry no compression at all.
     [[nodiscard]] std::uint64_t uncompressedBytes() const { return m_uncompressedBytes; }
 

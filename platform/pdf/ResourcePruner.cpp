@@ -1,11 +1,13 @@
 #include "platform/pdf/ResourcePruner.h"
 
 #include "platform/pdf/BoundedData.h"
+#include "platform/pdf/ResourceWeight.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -15,73 +17,10 @@ namespace quillorn {
 
 namespace {
 
-/// Bytes of stream data below which an entry is not worth looking for.
-constexpr std::uint64_t heavyBytes = 16U << 10U;
-
-constexpr std::size_t contentLimit = 64U << 20U; ///< bytes of one page's decoded contents
-
-using Names = std::set<std::string>;
-
-std::uint64_t streamLength(QPDFObjectHandle object) {
-    if (!object.isStream()) {
-        return 0;
-    }
-    QPDFObjectHandle length = object.getDict().getKey("/Length");
-    return length.isInteger() && length.getIntValue() > 0
-               ? static_cast<std::uint64_t>(length.getIntValue())
-               : 0;
-}
-
-std::uint64_t fontFileLength(QPDFObjectHandle font) {
-    QPDFObjectHandle holder = font;
-    if (QPDFObjectHandle descendants = font.getKeyIfDict("/DescendantFonts");
-        descendants.isArray() && descendants.getArrayNItems() > 0) {
-        holder = descendants.getArrayItem(0);
-    }
-    QPDFObjectHandle descriptor = holder.getKeyIfDict("/FontDescriptor");
-    std::uint64_t length = 0;
-    for (const char* key : {"/FontFile", "/FontFile2", "/FontFile3"}) {
-        length += streamLength(descriptor.getKeyIfDict(key));
-    }
-    return length;
-}
-
-/// A form or a Type 3 font without resources of its own draws with those of the page, by names
-/// that the page's contents do not show.
-bool borrowsResources(QPDFObjectHandle resources) {
-    if (QPDFObjectHandle objects = resources.getKey("/XObject"); objects.isDictionary()) {
-        for (auto& [name, object] : objects.getDictAsMap()) {
-            if (object.isStream() && object.getDict().getKey("/Subtype").isNameAndEquals("/Form") &&
-                !object.getDict().getKey("/Resources").isDictionary()) {
-                return true;
-            }
-        }
-    }
-    if (QPDFObjectHandle fonts = resources.getKey("/Font"); fonts.isDictionary()) {
-        for (auto& [name, font] : fonts.getDictAsMap()) {
-            if (font.getKeyIfDict("/Subtype").isNameAndEquals("/Type3") &&
-                !font.getKey("/Resources").isDictionary()) {
-                return true;
-            }
-        }
-    }
-    return false;
-}
-
-Names heavyNames(QPDFObjectHandle resources, const char* category) {
-    Names heavy;
-    QPDFObjectHandle entries = resources.getKey(category);
-    if (entries.isDictionary()) {
-        for (auto& [name, object] : entries.getDictAsMap()) {
-            const bool isForm = object.isStream() && object.getDict().hasKey("/Resources");
-            // A form may hold anything; its own length says little.
-            if (isForm || streamLength(object) + fontFileLength(object) >= heavyBytes) {
-                heavy.insert(name);
-            }
-        }
-    }
-    return heavy;
-}
+/// Bytes of contents decoded in all: a fixed allowance, and so many times what they are stored in.
+/// Contents pack to a tenth; what packs to a thousandth was made to waste time.
+constexpr std::uint64_t decodedAllowance = 64U << 20U;
+constexpr std::uint64_t mostExpansion = 20;
 
 int hexValue(char digit) {
     if (digit >= '0' && digit <= '9') {
@@ -91,12 +30,13 @@ int hexValue(char digit) {
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
-/// Strikes every name that stands in the contents from `wanted`. What merely looks like a name,
-/// inside a string or a picture, counts too: keeping too much is safe.
-void strikeNames(std::string_view contents, Names& wanted) {
+/// Calls `use` with every name that stands in contents, until it answers false. What merely looks
+/// like a name, inside a string or a picture, counts too.
+template <class Use>
+void forEachName(std::string_view contents, Use&& use) {
     constexpr std::string_view ends = std::string_view(" \t\r\n\f\0/<>[](){}%", 16);
     std::size_t slash = contents.find('/');
-    while (slash != std::string_view::npos && !wanted.empty()) {
+    while (slash != std::string_view::npos) {
         const std::size_t end = std::min(contents.find_first_of(ends, slash + 1), contents.size());
         std::string name(contents.substr(slash, end - slash));
         for (std::size_t i = name.find('#'); i != std::string::npos && i + 2 < name.size();
@@ -107,70 +47,239 @@ void strikeNames(std::string_view contents, Names& wanted) {
                 name.replace(i, 3, 1, static_cast<char>(high * 16 + low));
             }
         }
-        wanted.erase(name);
+        if (!use(name)) {
+            return;
+        }
         slash = contents.find('/', end);
     }
 }
 
-QPDFObjectHandle without(QPDFObjectHandle resources, const char* category, const Names& unused) {
-    QPDFObjectHandle entries = resources.getKey(category).shallowCopy();
-    for (const std::string& name : unused) {
-        entries.removeKey(name);
+std::vector<QPDFObjectHandle> streamsIn(QPDFObjectHandle value) {
+    if (value.isStream()) {
+        return {value};
     }
-    QPDFObjectHandle smaller = resources.shallowCopy();
-    smaller.replaceKey(category, entries);
-    return smaller;
+    std::vector<QPDFObjectHandle> streams;
+    if (value.isArray()) {
+        streams = value.getArrayAsVector();
+    } else if (value.isDictionary()) {
+        for (const auto& [key, item] : value.getDictAsMap()) {
+            streams.push_back(item);
+        }
+    }
+    return streams;
 }
 
-/// `resources` without the heavy entries that none of `pages` draws.
-QPDFObjectHandle pruned(QPDFObjectHandle resources, const std::vector<QPDFObjectHandle>& pages) {
-    Names objects = heavyNames(resources, "/XObject");
-    Names fonts = heavyNames(resources, "/Font");
-    if ((objects.empty() && fonts.empty()) || borrowsResources(resources)) {
-        return resources;
+class Pruner {
+public:
+    explicit Pruner(QPDF& document) : m_document(document) {}
+
+    void addPage(const QPDFObjectHandle& page, const QPDFObjectHandle& resources) {
+        Shelf* shelf = shelfOf(resources);
+        if (shelf != nullptr && !shelf->wanted.empty()) {
+            m_drawers.push_back({page, shelf, true});
+        }
     }
-    for (const QPDFObjectHandle& page : pages) {
-        const auto contents = decodedData(page, contentLimit, true);
+
+    void run() {
+        while (!m_drawers.empty()) {
+            const Drawer drawer = m_drawers.back();
+            m_drawers.pop_back();
+            read(drawer);
+        }
+        for (auto& [dictionary, shelf] : m_shelves) {
+            if (!shelf.wanted.empty()) {
+                shelf.smaller = without(shelf);
+                if (shelf.holders.size() > 1) {
+                    // Shared as before. Only then, since libqpdf reads all of a document before
+                    // it makes a new object in it.
+                    shelf.smaller = m_document.makeIndirectObject(shelf.smaller);
+                }
+                for (QPDFObjectHandle& holder : shelf.holders) {
+                    holder.replaceKey("/Resources", shelf.smaller);
+                }
+            }
+        }
+    }
+
+    [[nodiscard]] QPDFObjectHandle result(const QPDFObjectHandle& resources) const {
+        const auto found = m_shelves.find(resources.getObjectPtr());
+        return found == m_shelves.end() || !found->second.smaller.isInitialized()
+                   ? resources
+                   : found->second.smaller;
+    }
+
+private:
+    /// A dictionary of resources that something draws with.
+    struct Shelf {
+        QPDFObjectHandle dictionary;
+        std::multimap<std::string, HeavyResource> wanted; ///< heavy, and not seen in use
+        std::vector<QPDFObjectHandle> holders;            ///< dictionaries that name it
+        QPDFObjectHandle smaller;
+    };
+    /// Contents, and what they draw with.
+    struct Drawer {
+        QPDFObjectHandle contents;
+        Shelf* shelf;
+        bool isPage;
+    };
+
+    Shelf* shelfOf(const QPDFObjectHandle& dictionary) {
+        if (!QPDFObjectHandle(dictionary).isDictionary()) {
+            return nullptr;
+        }
+        const auto [place, isNew] = m_shelves.try_emplace(dictionary.getObjectPtr());
+        if (isNew) {
+            place->second.dictionary = dictionary;
+            place->second.wanted = heavyResources(dictionary);
+        }
+        return &place->second;
+    }
+
+    void read(const Drawer& drawer) {
+        Shelf& shelf = *drawer.shelf;
+        if (shelf.wanted.empty()) {
+            return; // all of it is in use already
+        }
+        const auto contents = decoded(drawer);
         if (!contents) {
-            return resources;
+            useAll(shelf);
+            return;
         }
-        strikeNames(*contents, objects);
-        strikeNames(*contents, fonts);
-        if (objects.empty() && fonts.empty()) {
-            return resources;
+        forEachName(*contents, [&](const std::string& name) {
+            use(shelf, name);
+            return !shelf.wanted.empty();
+        });
+        if (drawer.isPage && !shelf.wanted.empty()) {
+            addBorrowingAnnotations(drawer);
         }
     }
-    QPDFObjectHandle smaller = resources;
-    if (!objects.empty()) {
-        smaller = without(smaller, "/XObject", objects);
+
+    std::optional<std::string> decoded(const Drawer& drawer) {
+        QPDFObjectHandle object = drawer.contents;
+        for (const QPDFObjectHandle& stream :
+             streamsIn(drawer.isPage ? object.getKey("/Contents") : object)) {
+            m_allowance += mostExpansion * storedLength(stream);
+        }
+        std::size_t produced = 0;
+        auto contents = decodedData(object, m_allowance, drawer.isPage, &produced);
+        m_allowance -= produced;
+        return contents;
     }
-    if (!fonts.empty()) {
-        smaller = without(smaller, "/Font", fonts);
+
+    void use(Shelf& shelf, const std::string& name) {
+        const auto [first, last] = shelf.wanted.equal_range(name);
+        if (first == last) {
+            return;
+        }
+        std::vector<HeavyResource> used;
+        for (auto entry = first; entry != last; ++entry) {
+            used.push_back(entry->second);
+        }
+        shelf.wanted.erase(first, last);
+        for (const HeavyResource& resource : used) {
+            follow(resource, shelf);
+        }
     }
-    return smaller;
-}
+
+    void useAll(Shelf& shelf) {
+        const auto all = std::exchange(shelf.wanted, {});
+        for (const auto& [name, resource] : all) {
+            follow(resource, shelf);
+        }
+    }
+
+    /// What a resource in use draws itself.
+    void follow(const HeavyResource& resource, Shelf& shelf) {
+        QPDFObjectHandle object = resource.object;
+        if (resource.category == "/ExtGState") {
+            object = object.getKey("/SMask").getKeyIfDict("/G");
+        }
+        if (resource.category == "/Font") {
+            if (object.getKeyIfDict("/Subtype").isNameAndEquals("/Type3")) {
+                addDrawers(object, streamsIn(object.getKey("/CharProcs")), shelf);
+            }
+        } else if (object.isStream() && !isPicture(resource)) {
+            addDrawers(object.getDict(), {object}, shelf);
+        }
+    }
+
+    /// Streams that are no contents: images, and colours given by numbers.
+    static bool isPicture(const HeavyResource& resource) {
+        if (resource.category == "/XObject") {
+            QPDFObjectHandle object = resource.object;
+            return !object.getDict().getKey("/Subtype").isNameAndEquals("/Form");
+        }
+        return resource.category == "/Shading" || resource.category == "/ColorSpace";
+    }
+
+    /// `holder` may name resources; what names none draws with those of its surroundings.
+    void addDrawers(QPDFObjectHandle holder, const std::vector<QPDFObjectHandle>& streams,
+                    Shelf& surroundings) {
+        Shelf* own = shelfOf(holder.getKey("/Resources"));
+        if (own != nullptr && m_seen.insert(holder.getObjectPtr()).second) {
+            own->holders.push_back(holder);
+        } else if (own != nullptr) {
+            return;
+        }
+        for (const QPDFObjectHandle& stream : streams) {
+            if (QPDFObjectHandle(stream).isStream()) {
+                m_drawers.push_back({stream, own != nullptr ? own : &surroundings, false});
+            }
+        }
+    }
+
+    /// Appearances of annotations that name no resources are drawn with the page's by readers.
+    void addBorrowingAnnotations(const Drawer& page) {
+        QPDFObjectHandle annotations = QPDFObjectHandle(page.contents).getKey("/Annots");
+        if (!annotations.isArray()) {
+            return;
+        }
+        for (QPDFObjectHandle& annotation : annotations.getArrayAsVector()) {
+            for (QPDFObjectHandle& state : streamsIn(annotation.getKeyIfDict("/AP"))) {
+                for (QPDFObjectHandle& stream : streamsIn(state)) {
+                    if (stream.isStream() && !stream.getDict().hasKey("/Resources")) {
+                        m_drawers.push_back({stream, page.shelf, false});
+                    }
+                }
+            }
+        }
+    }
+
+    static QPDFObjectHandle without(const Shelf& shelf) {
+        QPDFObjectHandle smaller = QPDFObjectHandle(shelf.dictionary).shallowCopy();
+        std::map<std::string, QPDFObjectHandle> categories;
+        for (const auto& [name, resource] : shelf.wanted) {
+            auto [category, isNew] = categories.try_emplace(resource.category);
+            if (isNew) {
+                category->second = smaller.getKey(resource.category).shallowCopy();
+                smaller.replaceKey(resource.category, category->second);
+            }
+            category->second.removeKey(name);
+        }
+        return smaller;
+    }
+
+    QPDF& m_document;
+    std::map<const void*, Shelf> m_shelves; ///< by their dictionaries; they keep their places
+    std::vector<Drawer> m_drawers;
+    std::set<const void*> m_seen; ///< holders
+    std::uint64_t m_allowance = decodedAllowance;
+};
 
 } // namespace
 
-std::vector<QPDFObjectHandle> pruneResources(const std::vector<QPDFObjectHandle>& pages,
+std::vector<QPDFObjectHandle> pruneResources(QPDF& document,
+                                             const std::vector<QPDFObjectHandle>& pages,
                                              const std::vector<QPDFObjectHandle>& resources) {
-    // Pages that share a dictionary are judged together and go on sharing it.
-    std::map<const void*, std::vector<std::size_t>> users;
+    Pruner pruner(document);
     for (std::size_t i = 0; i < pages.size(); ++i) {
-        if (QPDFObjectHandle(resources[i]).isDictionary()) {
-            users[resources[i].getObjectPtr()].push_back(i);
-        }
+        pruner.addPage(pages[i], resources[i]);
     }
-    std::vector<QPDFObjectHandle> result = resources;
-    for (const auto& [dictionary, indexes] : users) {
-        std::vector<QPDFObjectHandle> sharing;
-        for (const std::size_t index : indexes) {
-            sharing.push_back(pages[index]);
-        }
-        const QPDFObjectHandle smaller = pruned(resources[indexes.front()], sharing);
-        for (const std::size_t index : indexes) {
-            result[index] = smaller;
-        }
+    pruner.run();
+    std::vector<QPDFObjectHandle> result;
+    result.reserve(resources.size());
+    for (const QPDFObjectHandle& dictionary : resources) {
+        result.push_back(pruner.result(dictionary));
     }
     return result;
 }

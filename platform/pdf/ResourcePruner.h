@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
 #include <vector>
 
@@ -7,17 +8,20 @@ namespace quillorn {
 
 /// Makes a few pages of a large document weigh what those pages need.
 ///
-/// Pages often share one dictionary of fonts and pictures. When only some of them come along,
-/// what none of them draws is left behind. Reading page contents for that takes time, so only
-/// dictionaries that hold heavy things are looked at, and only until each heavy thing has been
-/// seen in use. Whatever cannot be judged for certain (contents that do not decode, forms that
-/// borrow the page's resources) stays complete.
+/// Pages often share one dictionary of fonts, pictures and patterns, and so do the forms that
+/// they draw. When only some pages come along, what none of them draws is left behind. Reading
+/// contents for that takes time, so only dictionaries that hold heavy things are looked at, and
+/// only until each heavy thing has been seen in use; from there the forms, patterns, masks and
+/// drawn fonts in use are followed. Names are looked for wherever they stand: keeping too much is
+/// safe. Whatever cannot be judged for certain (contents that do not decode, or decode to far
+/// more than contents do) stays complete.
 ///
 /// `resources` holds, for each page, the dictionary that it draws with, inherited or its own; the
-/// answer holds what it should draw with instead. Nothing is changed in place, since pages that
-/// are not in the list may share a dictionary; pages in the list that share one go on sharing.
+/// answer holds what it should draw with instead. The dictionaries themselves are not changed,
+/// since pages that are not in the list may share them; those that forms of `document` name are
+/// exchanged for smaller ones in the forms. Pages and forms that share one go on sharing.
 [[nodiscard]] std::vector<QPDFObjectHandle>
-pruneResources(const std::vector<QPDFObjectHandle>& pages,
+pruneResources(QPDF& document, const std::vector<QPDFObjectHandle>& pages,
                const std::vector<QPDFObjectHandle>& resources);
 
 } // namespace quillorn

@@ -8,21 +8,24 @@ namespace quillorn {
 namespace {
 
 constexpr std::size_t threadLimit = 100'000;
-constexpr std::size_t beadLimit = 1'000'000;
+constexpr std::size_t beadLimit = 1'000'000; ///< of all threads together
 
-/// The beads of a thread whose pages stay, in order; the chain of a damaged file may not close.
+/// The beads of a thread whose pages stay, in order; the chain of a damaged file may not close,
+/// or lead into another thread. `seen` are those of the threads before.
 std::vector<QPDFObjectHandle> keptBeads(const CarryContext& context, QPDFObjectHandle first,
-                                        std::size_t& visited) {
+                                        std::set<QPDFObjGen>& seen) {
     std::vector<QPDFObjectHandle> kept;
-    std::set<QPDFObjGen> seen;
     QPDFObjectHandle bead = first;
-    while (bead.isDictionary() && bead.isIndirect() && seen.insert(bead.getObjGen()).second &&
-           ++visited <= beadLimit) {
+    while (bead.isDictionary() && bead.isIndirect() && seen.size() < beadLimit &&
+           seen.insert(bead.getObjGen()).second) {
         const auto page = context.pages.indexOf(bead.getKey("/P"));
         if (page && context.pages.isKept(*page)) {
             kept.push_back(bead);
         }
         bead = bead.getKey("/N");
+    }
+    if (seen.size() == beadLimit) {
+        context.notes.add(PDFCarryNote::Kind::structureLimited, context.file, "article threads");
     }
     return kept;
 }
@@ -45,12 +48,12 @@ void ThreadCarrier::prepare(const CarryContext& context) {
     QPDFObjectHandle threads = context.source.getRoot().getKey("/Threads");
     std::set<QPDFObjGen> living;
     if (threads.isArray()) {
-        std::size_t visited = 0;
+        std::set<QPDFObjGen> seen;
         for (QPDFObjectHandle& thread : threads.getArrayAsVector()) {
             if (!thread.isDictionary() || !thread.isIndirect() || m_current.size() >= threadLimit) {
                 continue;
             }
-            auto beads = keptBeads(context, thread.getKey("/F"), visited);
+            auto beads = keptBeads(context, thread.getKey("/F"), seen);
             if (!beads.empty()) {
                 chain(thread, beads);
                 m_current.push_back(thread);
@@ -73,7 +76,11 @@ void ThreadCarrier::prepare(const CarryContext& context) {
                 staying.push_back(bead);
             }
         }
-        page.replaceKey("/B", QPDFObjectHandle::newArray(staying));
+        if (staying.empty()) {
+            page.removeKey("/B");
+        } else {
+            page.replaceKey("/B", QPDFObjectHandle::newArray(staying));
+        }
     }
 }
 

@@ -50,6 +50,20 @@ std::uint64_t uncompressedBytesIn(QPDF& document) {
     return bytes;
 }
 
+/// What a document says in its header or, when it was changed later, in its catalogue.
+PDFVersion versionOf(const PDFSource& source, QPDF& document) {
+    PDFVersion version = source.version();
+    QPDFObjectHandle stated = document.getRoot().getKey("/Version");
+    if (stated.isName()) {
+        const std::string text = stated.getName(); // "/1.7"
+        if (text.size() == 4 && text[1] >= '1' && text[1] <= '2' && text[3] >= '0' &&
+            text[3] <= '9') {
+            version = std::max(version, PDFVersion{text[1] - '0', text[3] - '0'});
+        }
+    }
+    return version;
+}
+
 PDFError cancelled(const std::filesystem::path& file) {
     return PDFError{PDFError::Kind::cancelled, file, "cancelled"};
 }
@@ -214,6 +228,7 @@ PDFResult<void> WriteJob::addSource(const SourceUse& use) {
     for (const QPDFObjectHandle& node : tree.innerNodes()) {
         copier.redirect(node.getObjGen(), QPDFObjectHandle::newNull());
     }
+    copier.redirect(m_lastReader->document->getRoot().getObjGen(), QPDFObjectHandle::newNull());
     auto placed = placeSource(use, *m_lastReader->document, tree, &copier);
     m_uncompressedBytes += copier.uncompressedBytes();
     if (&use != &m_sources.back()) {
@@ -232,6 +247,7 @@ PDFResult<void> WriteJob::placeSource(const SourceUse& use, QPDF& source, const 
     }
     CarryContext context{use.source->path(),   source, *m_document, pages, copier, m_notes,
                          m_sources.size() == 1};
+    m_version = std::max(m_version, versionOf(*use.source, source));
     m_catalog.prepare(context);
     if (auto placed = placePages(context, tree); !placed) {
         return placed;
@@ -257,7 +273,7 @@ PDFResult<void> WriteJob::placePages(const CarryContext& context, const PageTree
         resources.push_back(tree.attribute(page, "/Resources"));
     }
     if (kept.size() < tree.pageCount()) {
-        resources = pruneResources(objects, resources);
+        resources = pruneResources(context.source, objects, resources);
     }
     m_placedResources.clear();
     for (std::size_t i = 0; i < kept.size(); ++i) {
@@ -360,15 +376,11 @@ PDFResult<void> WriteJob::writeDocument(ReplacementFile& file,
     if (m_base != nullptr) {
         m_uncompressedBytes += uncompressedBytesIn(*m_document);
     }
-    PDFVersion version{1, 5}; // object streams
-    for (const SourceUse& use : m_sources) {
-        version = std::max(version, use.source->version());
-    }
     FilePipeline pipeline(file, m_options.stop);
     QPDFWriter writer(*m_document);
     writer.setOutputPipeline(&pipeline);
-    writer.setMinimumPDFVersion(std::to_string(version.major) + "." +
-                                std::to_string(version.minor));
+    writer.setMinimumPDFVersion(std::to_string(m_version.major) + "." +
+                                std::to_string(m_version.minor));
     writer.setObjectStreamMode(qpdf_o_generate);
     writer.setPreserveEncryption(false);
     writer.setDecodeLevel(qpdf_dl_none);

@@ -76,6 +76,7 @@ private:
     CarryNotes m_notes;
     std::map<const QPDFObject*, QPDFObjectHandle> m_placedResources; ///< of the current source
     std::uint64_t m_uncompressedBytes = 0;
+    PDFVersion m_version{1, 5}; ///< of the output; object streams ask for this one
 };
 
 } // namespace quillorn
