@@ -357,8 +357,15 @@ void WriteJob::finishDocument(const std::filesystem::path& target) {
     QPDFObjectHandle catalog =
         m_catalog.finish(*m_document, buildPageTree(*m_document, m_outputPages), choices, m_notes);
     QPDFObjectHandle trailer = m_document->getTrailer();
+    // This is a new document: an adopted trailer keeps nothing of its old one.
+    for (const std::string& key : trailer.getKeys()) {
+        if (key != "/Info") {
+            trailer.removeKey(key);
+        }
+    }
     trailer.replaceKey("/Root", catalog);
-    trailer.removeKey("/ID"); // this is a new document
+    // The library writes the right number, but only where a trailer has the entry.
+    trailer.replaceKey("/Size", QPDFObjectHandle::newInteger(0));
 }
 
 PDFResult<void> WriteJob::verifySources() const {

@@ -25,7 +25,6 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Mixing takes this many pages of each document at most.
-constexpr std::size_t mixedPagesOfEach = 60;
 
 constexpr const char* outputName = "output.pdf";
 
@@ -211,27 +210,6 @@ TEST_P(RealDocument, ComposesTurnedBy90) {
     } else {
         EXPECT_FALSE(subject().verdict().accepts()) << "qpdf reads it but cannot turn it";
     }
-}
-
-TEST_P(RealDocument, ComposesMixedWithTheNextTwo) {
-    const std::vector<Document> all = readableDocuments();
-    ASSERT_GE(all.size(), 3U);
-    const auto self = static_cast<std::size_t>(
-        std::ranges::find(all, GetParam().name, &Document::name) - all.begin());
-    SeenDocument second(all[(self + 1) % all.size()]);
-    SeenDocument third(all[(self + 2) % all.size()]);
-    ASSERT_EQ(second.open(), "");
-    ASSERT_EQ(third.open(), "");
-    std::vector<Placed> pages;
-    for (std::size_t i = 0; i < mixedPagesOfEach; ++i) {
-        for (const SeenDocument* from :
-             std::initializer_list<const SeenDocument*>{&subject(), &second, &third}) {
-            if (i < from->pageCount()) {
-                pages.push_back({from, i, 0});
-            }
-        }
-    }
-    composeAndCompare(pages);
 }
 
 INSTANTIATE_TEST_SUITE_P(Corpus, RealDocument, testing::ValuesIn(readableDocuments()),

@@ -57,10 +57,10 @@ std::size_t addField(TestPDF& document, const std::string& name) {
 std::string attachmentNames(TestPDF& document, const std::string& name) {
     const std::size_t file =
         document.addObject(streamObject("/Type /EmbeddedFile", "notes of " + name));
-    const std::size_t specification =
+    const std::size_t fileEntry =
         document.addObject("<< /Type /Filespec /F (notes.txt) /UF (notes.txt) /EF << /F " +
                            referenceTo(file) + " >> >>");
-    return "/EmbeddedFiles << /Names [(notes.txt) " + referenceTo(specification) + "] >>";
+    return "/EmbeddedFiles << /Names [(notes.txt) " + referenceTo(fileEntry) + "] >>";
 }
 
 } // namespace
