@@ -12,7 +12,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-/// Adds an attachment's file specification; returns its object number.
+/// Adds an attachment's file entry; returns its object number.
 std::size_t addAttachment(TestPDF& document, const std::string& data) {
     const std::size_t file =
         document.addObject("<< /Type /EmbeddedFile /Length " + std::to_string(data.size()) +
