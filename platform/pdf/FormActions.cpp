@@ -20,7 +20,8 @@ std::string fullName(QPDFObjectHandle field) {
     std::string name;
     while (field.isDictionary()) { // a tree of limited depth, as FieldTree left it
         if (QPDFObjectHandle part = field.getKey("/T"); part.isString()) {
-            name = part.getUTF8Value() + (name.empty() ? "" : "." + name);
+            name.insert(0, name.empty() ? "" : ".");
+            name.insert(0, part.getUTF8Value());
         }
         field = field.getKey("/Parent");
     }
