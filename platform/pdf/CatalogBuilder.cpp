@@ -178,7 +178,7 @@ QPDFObjectHandle CatalogBuilder::finish(QPDF& output, QPDFObjectHandle pageTree,
     put("/Outlines", m_outlines.finish(output, choices.flatOutline));
     put("/AcroForm", m_forms.finish(output, notes));
     put("/OutputIntents", m_outputIntents);
-    put("/OCProperties", m_layers.finish());
+    put("/OCProperties", m_layers.finish(output));
     put("/Names", m_names.finish(output));
     put("/Threads", m_threads.finish());
     put("/PageLabels", m_labels.finish());

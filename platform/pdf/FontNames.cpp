@@ -71,6 +71,14 @@ std::string renameFonts(const std::string& appearance,
     return result + appearance.substr(position);
 }
 
+std::string fontNameIn(const std::string& appearance) {
+    const std::size_t slash = appearance.rfind('/');
+    if (slash == std::string::npos) {
+        return {};
+    }
+    return appearance.substr(slash, appearance.find_first_of(delimiters, slash + 1) - slash);
+}
+
 QPDFObjectHandle detached(QPDFObjectHandle value) {
     return value.isIndirect() ? value : value.shallowCopy();
 }

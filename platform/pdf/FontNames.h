@@ -17,6 +17,10 @@ namespace quillorn {
 [[nodiscard]] std::string renameFonts(const std::string& appearance,
                                       const std::map<std::string, std::string>& renamed);
 
+/// The name of the font that a default appearance string chooses, with its slash; empty when it
+/// chooses none.
+[[nodiscard]] std::string fontNameIn(const std::string& appearance);
+
 /// `value` for use in another container: itself when indirect, else a copy.
 [[nodiscard]] QPDFObjectHandle detached(QPDFObjectHandle value);
 

@@ -1,5 +1,6 @@
 #include "platform/pdf/FormCarrier.h"
 
+#include "platform/pdf/FieldAppearances.h"
 #include "platform/pdf/FontNames.h"
 #include "platform/pdf/FormActions.h"
 
@@ -17,6 +18,11 @@ QPDFObjectHandle formOf(QPDF& document) {
 std::string partialName(QPDFObjectHandle field) {
     QPDFObjectHandle name = field.getKey("/T");
     return name.isString() ? name.getUTF8Value() : std::string();
+}
+
+bool asksForDrawing(QPDFObjectHandle form) {
+    QPDFObjectHandle needed = form.getKey("/NeedAppearances");
+    return needed.isBool() && needed.getBoolValue();
 }
 
 bool keepsOwnLayout(const CarryContext& context) {
@@ -39,6 +45,9 @@ void FormCarrier::prepare(const CarryContext& context, LinkCarrier& links) {
     keepFieldsOfActions(links.formActions(), *m_tree);
     if (form.isDictionary()) {
         inheritFormDefaults(form);
+        if (asksForDrawing(form) && !context.onlySource) {
+            drawFields(m_tree->kept());
+        }
         if (form.hasKey("/XFA") && !keepsOwnLayout(context)) {
             context.notes.add(PDFCarryNote::Kind::formScriptingLost, context.file);
         }
@@ -94,8 +103,7 @@ void FormCarrier::collect(const CarryContext& context) {
             }
         }
     }
-    QPDFObjectHandle needed = form.getKey("/NeedAppearances");
-    m_needAppearances = m_needAppearances || (needed.isBool() && needed.getBoolValue());
+    m_needAppearances = context.onlySource && asksForDrawing(form);
 
     std::vector<QPDFObjectHandle> fields;
     for (const QPDFObjectHandle& field : m_tree->kept()) {

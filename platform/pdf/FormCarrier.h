@@ -20,9 +20,10 @@ namespace quillorn {
 /// The fields of all sources share one form, in the order of the sources' first pages. A field
 /// whose name is taken by an earlier document's is renamed; fonts that clash in the form's
 /// default resources are renamed together with the appearance strings that use them; what a form
-/// says for all its fields becomes each field's own. A signature cannot survive in a new
-/// document: its appearance stays, its value goes. An XFA description, which lays out the pages
-/// by itself, stays only with its whole document in its own order.
+/// says for all its fields becomes each field's own. What a form asks of its readers for all fields
+/// is done here when other documents' fields stand beside them: they are drawn. A signature cannot
+/// survive in a new document: its appearance stays, its value goes. An XFA description, which lays
+/// out the pages by itself, stays only with its whole document in its own order.
 class FormCarrier {
 public:
     /// Before the pages of a source are copied, after their links were prepared.

@@ -21,6 +21,20 @@ std::set<QPDFObjGen> idsIn(QPDFObjectHandle list) {
     return ids;
 }
 
+/// A document that lists no layers may still mark contents as belonging to some, and readers show
+/// them. Beside another document's list they would take such layers for hidden.
+void addUnlisted(QPDF& output, std::vector<QPDFObjectHandle>& groups) {
+    std::set<QPDFObjGen> listed;
+    for (const QPDFObjectHandle& group : groups) {
+        listed.insert(group.getObjGen());
+    }
+    for (QPDFObjectHandle& object : output.getAllObjects()) {
+        if (object.isDictionaryOfType("/OCG") && !listed.contains(object.getObjGen())) {
+            groups.push_back(object);
+        }
+    }
+}
+
 /// Turns what a configuration says of groups into the same of those that came along.
 class Configuration {
 public:
@@ -128,7 +142,7 @@ void LayerCarrier::collect(const CarryContext& context) {
     m_sources.push_back(std::move(layers));
 }
 
-QPDFObjectHandle LayerCarrier::finish() {
+QPDFObjectHandle LayerCarrier::finish(QPDF& output) {
     if (m_sources.empty()) {
         return m_single;
     }
@@ -152,8 +166,10 @@ QPDFObjectHandle LayerCarrier::finish() {
     put("/RBGroups", all(&SourceLayers::radioButtons));
     put("/Locked", all(&SourceLayers::locked));
     put("/AS", all(&SourceLayers::usage));
+    std::vector<QPDFObjectHandle> groups = all(&SourceLayers::groups);
+    addUnlisted(output, groups);
     QPDFObjectHandle properties = QPDFObjectHandle::newDictionary();
-    properties.replaceKey("/OCGs", QPDFObjectHandle::newArray(all(&SourceLayers::groups)));
+    properties.replaceKey("/OCGs", QPDFObjectHandle::newArray(groups));
     properties.replaceKey("/D", configuration);
     return properties;
 }

@@ -11,13 +11,14 @@ namespace quillorn {
 /// Carries optional content (layers; ISO 32000-1, 8.11) with its state, so that what was hidden
 /// stays hidden. The groups of all sources share one configuration; in the panel of layers each
 /// source's groups stand under its file's name when there are several. Groups that nothing on
-/// the pages belongs to stay behind then. Alternative configurations stay with a single source.
+/// the pages belongs to stay behind then, and groups that a source did not list are listed as
+/// shown. Alternative configurations stay with a single source.
 class LayerCarrier {
 public:
     /// After the pages of a source were placed.
     void collect(const CarryContext& context);
     /// The catalogue's entry, or null when no source has layers.
-    [[nodiscard]] QPDFObjectHandle finish();
+    [[nodiscard]] QPDFObjectHandle finish(QPDF& output);
 
 private:
     /// What one source brings; objects of the output.

@@ -64,6 +64,18 @@ PDFVersion versionOf(const PDFSource& source, QPDF& document) {
     return version;
 }
 
+/// libqpdf looks for all pages of a document before it copies a stream out of it: it would read
+/// every page, wanted or not, and fail where the page tree is damaged. Our own tree has been
+/// read by then, so libqpdf is shown one wanted page in its place. Nothing here makes a new
+/// object: for a new number libqpdf would read every object there is.
+void hidePageTree(QPDF& document, QPDFObjectHandle wantedPage) {
+    QPDFObjectHandle tree = QPDFObjectHandle::newDictionary();
+    tree.replaceKey("/Type", QPDFObjectHandle::newName("/Pages"));
+    tree.replaceKey("/Kids", QPDFObjectHandle::newArray({wantedPage}));
+    tree.replaceKey("/Count", QPDFObjectHandle::newInteger(1));
+    document.getRoot().replaceKey("/Pages", tree);
+}
+
 PDFError cancelled(const std::filesystem::path& file) {
     return PDFError{PDFError::Kind::cancelled, file, "cancelled"};
 }
@@ -229,6 +241,7 @@ PDFResult<void> WriteJob::addSource(const SourceUse& use) {
         copier.redirect(node.getObjGen(), QPDFObjectHandle::newNull());
     }
     copier.redirect(m_lastReader->document->getRoot().getObjGen(), QPDFObjectHandle::newNull());
+    hidePageTree(*m_lastReader->document, tree.reference(use.uses.front().page));
     auto placed = placeSource(use, *m_lastReader->document, tree, &copier);
     m_uncompressedBytes += copier.uncompressedBytes();
     if (&use != &m_sources.back()) {

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstddef>
 #include <filesystem>
 #include <initializer_list>
@@ -14,6 +15,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -25,6 +27,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Mixing takes this many pages of each document at most.
+constexpr std::size_t mixedPagesOfEach = 60;
 
 constexpr const char* outputName = "output.pdf";
 
@@ -60,6 +63,18 @@ struct Placed {
     std::size_t page = 0; ///< index in the source
     int turn = 0;         ///< degrees added
 };
+
+/// The words of ASCII letters and digits in a text, in any order.
+std::multiset<std::string> wordsOf(const std::string& text) {
+    std::multiset<std::string> words;
+    std::istringstream in(text);
+    for (std::string word; in >> word;) {
+        if (std::ranges::all_of(word, [](unsigned char c) { return std::isalnum(c) != 0; })) {
+            words.insert(word);
+        }
+    }
+    return words;
+}
 
 class RealDocument : public testing::TestWithParam<Document> {
 protected:
@@ -141,6 +156,15 @@ private:
         }
         const std::optional<OutsideReader> reader = readerOfAll(sources);
         ASSERT_TRUE(reader) << "no other program finds all pages of the sources";
+        // Beside other documents such fields come drawn, which not every reader does by itself;
+        // a check mark that the reader would set as a letter may be a picture then.
+        std::set<const SeenDocument*> redrawn;
+        const std::set<const SeenDocument*> different(sources.begin(), sources.end());
+        for (const SeenDocument* source : different) {
+            if (different.size() > 1 && hasReadersDrawFields(source->document())) {
+                redrawn.insert(source);
+            }
+        }
         const std::vector<OutsidePage> output = readPages(*reader, file, {});
         ASSERT_EQ(output.size(), pages.size());
         for (std::size_t i = 0; i < pages.size(); ++i) {
@@ -150,7 +174,12 @@ private:
                                    << pages[i].page + 1 << " of " << pages[i].from->document();
             EXPECT_EQ(output[i].boxes, expected.boxes) << place;
             EXPECT_EQ(output[i].rotation, normalised(expected.rotation + pages[i].turn)) << place;
-            if (pages[i].turn == 0) {
+            if (pages[i].turn == 0 && redrawn.contains(pages[i].from)) {
+                EXPECT_TRUE(std::ranges::includes(wordsOf(output[i].text), wordsOf(expected.text)))
+                    << place << " has the text\n"
+                    << output[i].text << "\ninstead of\n"
+                    << expected.text;
+            } else if (pages[i].turn == 0) {
                 EXPECT_EQ(output[i].text, expected.text) << place;
             }
         }
@@ -210,6 +239,27 @@ TEST_P(RealDocument, ComposesTurnedBy90) {
     } else {
         EXPECT_FALSE(subject().verdict().accepts()) << "qpdf reads it but cannot turn it";
     }
+}
+
+TEST_P(RealDocument, ComposesMixedWithTheNextTwo) {
+    const std::vector<Document> all = readableDocuments();
+    ASSERT_GE(all.size(), 3U);
+    const auto self = static_cast<std::size_t>(
+        std::ranges::find(all, GetParam().name, &Document::name) - all.begin());
+    SeenDocument second(all[(self + 1) % all.size()]);
+    SeenDocument third(all[(self + 2) % all.size()]);
+    ASSERT_EQ(second.open(), "");
+    ASSERT_EQ(third.open(), "");
+    std::vector<Placed> pages;
+    for (std::size_t i = 0; i < mixedPagesOfEach; ++i) {
+        for (const SeenDocument* from :
+             std::initializer_list<const SeenDocument*>{&subject(), &second, &third}) {
+            if (i < from->pageCount()) {
+                pages.push_back({from, i, 0});
+            }
+        }
+    }
+    composeAndCompare(pages);
 }
 
 INSTANTIATE_TEST_SUITE_P(Corpus, RealDocument, testing::ValuesIn(readableDocuments()),

@@ -165,6 +165,12 @@ std::optional<std::size_t> pageCountByQPDF(const std::filesystem::path& file,
     return count;
 }
 
+bool hasReadersDrawFields(const Document& document) {
+    const ProgramRun run =
+        runQPDF({"--json", "--json-key=acroform"}, document.file, document.passwords);
+    return run.output.find("\"needappearances\": true") != std::string::npos;
+}
+
 bool turnWithQPDF(const Document& document, int degrees, const std::filesystem::path& turned) {
     const ProgramRun run =
         runQPDF({"--decrypt", "--rotate=+" + std::to_string(degrees), "--warning-exit-0"},

@@ -46,6 +46,10 @@ struct Verdict {
 pageCountByQPDF(const std::filesystem::path& file,
                 const std::vector<KnownPassword>& passwords = {});
 
+/// Whether the document's form has its readers draw all fields anew (NeedAppearances), as qpdf
+/// tells it.
+[[nodiscard]] bool hasReadersDrawFields(const Document& document);
+
 /// Has qpdf write the document with every page turned clockwise; false when it cannot.
 [[nodiscard]] bool turnWithQPDF(const Document& document, int degrees,
                                 const std::filesystem::path& turned);

@@ -18,8 +18,10 @@ std::string streamBody(const std::string& entries, const std::string& data) {
 /// `value` as `bytes` bytes, the highest first.
 std::string bigEndian(std::uint64_t value, int bytes) {
     std::string text;
-    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) {
-        text += static_cast<char>(value >> static_cast<unsigned>(shift) & 0xffU);
+    for (int byte = bytes - 1; byte >= 0; --byte) {
+        const bool inRange = byte < static_cast<int>(sizeof value);
+        text +=
+            inRange ? static_cast<char>(value >> (8U * static_cast<unsigned>(byte)) & 0xffU) : '\0';
     }
     return text;
 }

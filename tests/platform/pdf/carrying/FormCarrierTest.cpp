@@ -7,7 +7,9 @@ namespace quillorn::tests {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::Pair;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
@@ -54,6 +56,17 @@ private:
     std::vector<std::string> m_annotations;
     std::string m_fields;
 };
+
+/// A form whose fields readers are to draw, and which has a font for it.
+constexpr const char* askingForm = "/NeedAppearances true /DR << /Font << /Helv 3 0 R >> >>";
+
+/// A field's picture that shows a text.
+std::string fieldPicture(const std::string& text) {
+    const std::string content = "/Tx BMC BT /F 10 Tf 2 5 Td (" + text + ") Tj ET EMC";
+    return "<< /Type /XObject /Subtype /Form /BBox [0 0 80 20] /Resources << /Font << /F 3 0 R >> "
+           ">> /Length " +
+           std::to_string(content.size()) + " >>\nstream\n" + content + "\nendstream";
+}
 
 nlohmann::json formOf(const WrittenPDF& file) {
     return file.entry(file.catalog(), "/AcroForm");
@@ -185,7 +198,50 @@ TEST(Forms, KeepTheirOwnDefaultsBesideAnothersDefaults) {
     const auto fonts = file.entry(file.entry(form, "/DR"), "/Font");
     EXPECT_EQ(file.entry(fonts, "/F")["/BaseFont"], "/Helvetica");
     EXPECT_EQ(file.entry(fonts, "/F_2")["/BaseFont"], "/Times-Roman");
-    EXPECT_EQ(form["/NeedAppearances"], true);
+}
+
+TEST(Forms, AskReadersToDrawFieldsWhereTheirSourceStandsAlone) {
+    FormDocument one("one", 2);
+    one.textField(1, "one", "value");
+    Composition composition;
+    const auto source = composition.source("a.pdf", one.finish(askingForm));
+    const WrittenPDF file = composition.add(source, {1}).addBlank().write();
+    EXPECT_EQ(formOf(file)["/NeedAppearances"], true);
+    EXPECT_FALSE(file.annotations(1).at(0).contains("/AP"));
+}
+
+TEST(Forms, DrawFieldsThatReadersAreAskedToDrawBesideOthersThatStayAsTheyAre) {
+    FormDocument asking("asking", 1);
+    const std::string oldPicture =
+        "/AP << /N " + referenceTo(asking.document.addObject(fieldPicture("outdated"))) + " >>";
+    const std::string simple = "/DA (/Helv 12 Tf 0 g) ";
+    asking.textField(1, "line", "fresh", simple + oldPicture);
+    asking.widget(1, "/FT /Ch /Ff 131072 /T (choice) /V (second) /Opt [(first) (second)] " +
+                         simple + oldPicture);
+    asking.textField(1, "lines", "not drawn", simple + "/Ff 4096 " + oldPicture);
+    asking.textField(1, "right", "not drawn", simple + "/Q 2 " + oldPicture);
+    asking.widget(1, "/FT /Tx /T (greek) /V <feff03c0> " + simple + oldPicture);
+    asking.textField(1, "strange", "not drawn", "/DA (/Absent 12 Tf) " + oldPicture);
+    asking.widget(1, "/FT /Btn /T (button) /V /On /AS /On /AP << /N << /On 3 0 R >> >>");
+    FormDocument other("other", 1);
+    other.textField(1, "other", "ignored",
+                    simple + "/AP << /N " +
+                        referenceTo(other.document.addObject(fieldPicture("handmade"))) + " >>");
+    Composition composition;
+    const auto a = composition.source("a.pdf", asking.finish(askingForm));
+    const auto b = composition.source("b.pdf", other.finish());
+    const WrittenPDF file = composition.add(b).add(a).write();
+    EXPECT_FALSE(formOf(file).contains("/NeedAppearances"));
+    const std::vector<std::string> texts = pageTexts(composition.folder() / "out.pdf");
+    EXPECT_THAT(texts.at(0), HasSubstr("handmade"));
+    EXPECT_THAT(texts.at(1), HasSubstr("fresh"));
+    EXPECT_THAT(texts.at(1), HasSubstr("second"));
+    EXPECT_THAT(texts.at(1), Not(HasSubstr("outdated")));
+    std::vector<bool> drawn;
+    for (const auto& annotation : file.annotations(2)) {
+        drawn.push_back(annotation.contains("/AP"));
+    }
+    EXPECT_THAT(drawn, ElementsAre(true, true, false, false, false, false, true));
 }
 
 TEST(Forms, ShareAFontThatIsTheSame) {

@@ -51,6 +51,23 @@ nlohmann::json configurationOf(const WrittenPDF& file) {
     return file.entry(file.entry(file.catalog(), "/OCProperties"), "/D");
 }
 
+TEST(Layers, ThatTheirSourceDoesNotListStayShownBesideOthers) {
+    TestPDF unlisted("u", 1);
+    unlisted.addPageEntry(
+        0, "/LayerOfPage " + referenceTo(unlisted.addObject("<< /Type /OCG /Name (unlisted) >>")));
+    for (const bool isMorePages : {true, false}) {
+        Composition composition;
+        const auto a = composition.source("u.pdf", unlisted);
+        const auto b = composition.source("l.pdf", layered("l", "/OFF [$1]"));
+        composition.add(a).add(b, isMorePages ? std::vector<std::size_t>{1, 2, 3}
+                                              : std::vector<std::size_t>{1});
+        const WrittenPDF file = composition.write();
+        const auto listed = file.entry(file.entry(file.catalog(), "/OCProperties"), "/OCGs");
+        EXPECT_THAT(groups(file, listed), testing::Contains("unlisted"));
+        EXPECT_THAT(groups(file, configurationOf(file)["/OFF"]), ElementsAre("l 1"));
+    }
+}
+
 TEST(Layers, OfASingleSourceStayAsTheyAre) {
     Composition composition;
     const auto source =
