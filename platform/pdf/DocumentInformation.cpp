@@ -113,11 +113,16 @@ std::string newPacket(const std::string& title, const std::string& date) {
            "</rdf:Description>\n</rdf:RDF>\n</x:xmpmeta>\n<?xpacket end=\"w\"?>\n";
 }
 
+/// libqpdf has this too, but sets the time zone anew each time, which two writers must not do at
+/// once in the eyes of ThreadSanitizer: it cannot see the C library's lock.
 QUtil::QPDFTime currentTime() {
-    // The first use of the time zone reads it in; the C library guards that by a lock of its own,
-    // which ThreadSanitizer cannot see. Here it happens in an order that everybody sees.
     [[maybe_unused]] static const bool isTimeZoneKnown = (::tzset(), true);
-    return QUtil::get_current_qpdf_time();
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    ::localtime_r(&now, &local);
+    const auto minutesBehindUTC = static_cast<int>(-local.tm_gmtoff / 60);
+    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,   local.tm_hour,
+            local.tm_min,         local.tm_sec,     minutesBehindUTC};
 }
 
 } // namespace
