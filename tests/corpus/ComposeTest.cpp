@@ -114,6 +114,75 @@ protected:
         expectOutsideView(file, pages);
     }
 
+    void expectPagesThatOtherProgramsFind() {
+        if (subject().verdict().accepts()) {
+            EXPECT_EQ(subject().pageCount(),
+                      pageCountByQPDF(subject().document().file, subject().document().passwords));
+        }
+        const std::optional<OutsideReader> reader = readerOfAll({&subject()});
+        ASSERT_TRUE(reader) << "no other program finds " << subject().pageCount() << " pages";
+        for (std::size_t i = 0; i < subject().pageCount(); ++i) {
+            const auto geometry = subject().source()->geometry(i);
+            ASSERT_TRUE(geometry) << geometry.error().reason;
+            EXPECT_EQ(normalised(geometry->rotation), subject().pages(*reader)[i].rotation)
+                << "page " << i + 1;
+        }
+    }
+
+    void composeInReverse() {
+        std::vector<Placed> pages = allPages();
+        std::ranges::reverse(pages);
+        composeAndCompare(pages);
+    }
+
+    void composeOddPagesOnly() {
+        std::vector<Placed> pages;
+        for (std::size_t i = 0; i < subject().pageCount(); i += 2) {
+            pages.push_back({&subject(), i, 0});
+        }
+        composeAndCompare(pages);
+    }
+
+    void composeTurnedBy90() {
+        composeAndCompare(allPages(90));
+        // Turned text is read in another order, so it is compared with what qpdf turned.
+        const fs::path turned = folder() / "turned-by-qpdf.pdf";
+        if (turnWithQPDF(subject().document(), 90, turned)) {
+            const std::optional<OutsideReader> reader = readerOfAll({&subject()});
+            ASSERT_TRUE(reader);
+            const std::vector<OutsidePage> expected = readPages(*reader, turned, {});
+            const std::vector<OutsidePage> actual = readPages(*reader, folder() / outputName, {});
+            ASSERT_EQ(actual.size(), expected.size());
+            for (std::size_t i = 0; i < actual.size(); ++i) {
+                EXPECT_EQ(actual[i].text, expected[i].text) << "page " << i + 1;
+                EXPECT_EQ(actual[i].rotation, expected[i].rotation) << "page " << i + 1;
+            }
+        } else {
+            EXPECT_FALSE(subject().verdict().accepts()) << "qpdf reads it but cannot turn it";
+        }
+    }
+
+    void composeMixedWithTheNextTwo() {
+        const std::vector<Document> all = readableDocuments();
+        ASSERT_GE(all.size(), 3U);
+        const auto self = static_cast<std::size_t>(
+            std::ranges::find(all, GetParam().name, &Document::name) - all.begin());
+        SeenDocument second(all[(self + 1) % all.size()]);
+        SeenDocument third(all[(self + 2) % all.size()]);
+        ASSERT_EQ(second.open(), "");
+        ASSERT_EQ(third.open(), "");
+        std::vector<Placed> pages;
+        for (std::size_t i = 0; i < mixedPagesOfEach; ++i) {
+            for (const SeenDocument* from :
+                 std::initializer_list<const SeenDocument*>{&subject(), &second, &third}) {
+                if (i < from->pageCount()) {
+                    pages.push_back({from, i, 0});
+                }
+            }
+        }
+        composeAndCompare(pages);
+    }
+
 private:
     static void expectSoundness(const fs::path& file, const std::vector<Placed>& pages) {
         bool sourcesAccepted = true;
@@ -189,77 +258,30 @@ private:
     std::unique_ptr<SeenDocument> m_subject;
 };
 
-TEST_P(RealDocument, HasThePagesThatOtherProgramsFind) {
-    if (subject().verdict().accepts()) {
-        EXPECT_EQ(subject().pageCount(),
-                  pageCountByQPDF(subject().document().file, subject().document().passwords));
+// One test a document: what other programs see of it takes longest, and serves every order.
+TEST_P(RealDocument, ComposesInAnyOrder) {
+    {
+        SCOPED_TRACE("the document itself");
+        expectPagesThatOtherProgramsFind();
     }
-    const std::optional<OutsideReader> reader = readerOfAll({&subject()});
-    ASSERT_TRUE(reader) << "no other program finds " << subject().pageCount() << " pages";
-    for (std::size_t i = 0; i < subject().pageCount(); ++i) {
-        const auto geometry = subject().source()->geometry(i);
-        ASSERT_TRUE(geometry) << geometry.error().reason;
-        EXPECT_EQ(normalised(geometry->rotation), subject().pages(*reader)[i].rotation)
-            << "page " << i + 1;
+    {
+        SCOPED_TRACE("whole");
+        composeAndCompare(allPages());
     }
-}
-
-TEST_P(RealDocument, ComposesWhole) {
-    composeAndCompare(allPages());
-}
-
-TEST_P(RealDocument, ComposesInReverse) {
-    std::vector<Placed> pages = allPages();
-    std::ranges::reverse(pages);
-    composeAndCompare(pages);
-}
-
-TEST_P(RealDocument, ComposesOddPagesOnly) {
-    std::vector<Placed> pages;
-    for (std::size_t i = 0; i < subject().pageCount(); i += 2) {
-        pages.push_back({&subject(), i, 0});
+    {
+        SCOPED_TRACE("in reverse");
+        composeInReverse();
     }
-    composeAndCompare(pages);
-}
-
-TEST_P(RealDocument, ComposesTurnedBy90) {
-    composeAndCompare(allPages(90));
-    // Turned text is read in another order, so it is compared with what qpdf turned.
-    const fs::path turned = folder() / "turned-by-qpdf.pdf";
-    if (turnWithQPDF(subject().document(), 90, turned)) {
-        const std::optional<OutsideReader> reader = readerOfAll({&subject()});
-        ASSERT_TRUE(reader);
-        const std::vector<OutsidePage> expected = readPages(*reader, turned, {});
-        const std::vector<OutsidePage> actual = readPages(*reader, folder() / outputName, {});
-        ASSERT_EQ(actual.size(), expected.size());
-        for (std::size_t i = 0; i < actual.size(); ++i) {
-            EXPECT_EQ(actual[i].text, expected[i].text) << "page " << i + 1;
-            EXPECT_EQ(actual[i].rotation, expected[i].rotation) << "page " << i + 1;
-        }
-    } else {
-        EXPECT_FALSE(subject().verdict().accepts()) << "qpdf reads it but cannot turn it";
+    {
+        SCOPED_TRACE("odd pages only");
+        composeOddPagesOnly();
     }
-}
-
-TEST_P(RealDocument, ComposesMixedWithTheNextTwo) {
-    const std::vector<Document> all = readableDocuments();
-    ASSERT_GE(all.size(), 3U);
-    const auto self = static_cast<std::size_t>(
-        std::ranges::find(all, GetParam().name, &Document::name) - all.begin());
-    SeenDocument second(all[(self + 1) % all.size()]);
-    SeenDocument third(all[(self + 2) % all.size()]);
-    ASSERT_EQ(second.open(), "");
-    ASSERT_EQ(third.open(), "");
-    std::vector<Placed> pages;
-    for (std::size_t i = 0; i < mixedPagesOfEach; ++i) {
-        for (const SeenDocument* from :
-             std::initializer_list<const SeenDocument*>{&subject(), &second, &third}) {
-            if (i < from->pageCount()) {
-                pages.push_back({from, i, 0});
-            }
-        }
+    {
+        SCOPED_TRACE("turned by 90 degrees");
+        composeTurnedBy90();
     }
-    composeAndCompare(pages);
+    SCOPED_TRACE("mixed with the next two documents");
+    composeMixedWithTheNextTwo();
 }
 
 INSTANTIATE_TEST_SUITE_P(Corpus, RealDocument, testing::ValuesIn(readableDocuments()),
