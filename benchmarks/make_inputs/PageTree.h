@@ -19,6 +19,7 @@ class PageTree {
 public:
     PageTree(PdfFile& file, int pages, int fanOut) : fanOut_(static_cast<std::size_t>(fanOut)) {
         std::vector<Node> level;
+        level.reserve(static_cast<std::size_t>(pages));
         for (int i = 0; i < pages; ++i) {
             level.push_back({file.reserve(), 0, 1, {}});
         }
