@@ -240,6 +240,27 @@ TEST_F(HostileFiles, WithLengthsAndFiltersThatLoopComeToAnEnd) {
     }
 }
 
+TEST_F(HostileFiles, WithUnusableBoxesAndResourcesAreWrittenAsTheyAreShown) {
+    RawPDF pdf;
+    pdf.object(1, catalogBody);
+    pdf.object(2, nodeBody("3 0 R 4 0 R", 5,
+                           "/MediaBox [0 0 222 100] /Rotate 90 /Resources << /Font << >> >>"));
+    pdf.object(3, "<< /Type /Page /Parent 2 0 R /MediaBox (x) /Rotate /x /Resources 7 >>");
+    pdf.object(4, nodeBody("5 0 R 5 0 R 6 0 R", 3, "/MediaBox [0 0 333 100] /CropBox [(x)]"));
+    pdf.object(5, "<< /Type /Page /MediaBox [1 2 3] /CropBox 5 0 R >>").object(6, pageBody(4, 444));
+    const Source source = open(pdf);
+    ASSERT_TRUE(source);
+    EXPECT_EQ(widthOf(source, 0), 222);
+    for (const auto& pages : {allPagesOf(source), firstPagesOf(source, 2)}) {
+        write(pages);
+        const Source written = open(m_output);
+        ASSERT_EQ(written->pageCount(), pages.size());
+        for (std::size_t i = 0; i < pages.size(); ++i) {
+            EXPECT_EQ(written->geometry(i).value(), source->geometry(i).value()) << i;
+        }
+    }
+}
+
 TEST_F(HostileFiles, OfPagesThatReferToThemselvesAreWritten) {
     RawPDF pdf;
     pdf.object(1, catalogBody).object(2, nodeBody("3 0 R 4 0 R", 2));
