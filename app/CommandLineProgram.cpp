@@ -5,10 +5,13 @@
 #include "app/FileInfo.h"
 #include "app/HelpTexts.h"
 #include "app/InfoCommand.h"
+#include "app/MemoryLimit.h"
 #include "app/PasswordFiles.h"
 
+#include <string>
 #include <utility>
 #include <variant>
+#include <vector>
 
 namespace quillorn {
 
@@ -29,6 +32,13 @@ int CommandLineProgram::runCommand(ComposeRequest& request) {
     if (auto read = readPasswordFiles(request); !read) {
         return refuse(read.error());
     }
+    std::vector<std::string> files;
+    for (const GroupRequest& group : request.groups) {
+        for (const FileRequest& file : group.files) {
+            files.push_back(file.path);
+        }
+    }
+    m_process.prepareForInputs(sizeOfFiles(files));
     m_compose.emplace(std::move(request),
                       ComposeCommand::Surroundings{
                           m_process.output, m_process.defaultOutputFolder, m_process.watchForStop(),
@@ -40,6 +50,7 @@ int CommandLineProgram::runCommand(InfoRequest& request) {
     if (auto read = readPasswordFiles(request); !read) {
         return refuse(read.error());
     }
+    m_process.prepareForInputs(sizeOfFiles(request.files));
     return runInfoCommand(request, m_process.output);
 }
 

@@ -3,6 +3,7 @@
 #include "app/CommandOutput.h"
 #include "app/ComposeCommand.h"
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -21,7 +22,9 @@ public:
         std::function<std::string()> defaultOutputFolder; ///< settles it; may make folders
         std::function<std::stop_token()> watchForStop;    ///< called before a long job
         std::function<int()> interruptedStatus;           ///< exit status once asked to stop
-        bool endsAfterwards = false;                      ///< right after the command
+        /// Called before the files, of so many bytes in all, are read.
+        std::function<void(std::uint64_t)> prepareForInputs;
+        bool endsAfterwards = false; ///< right after the command
     };
 
     explicit CommandLineProgram(Process process) : m_process(std::move(process)) {}

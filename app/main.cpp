@@ -1,11 +1,14 @@
 #include "app/CommandLineProgram.h"
 #include "app/ExitStatus.h"
 #include "app/Interrupts.h"
+#include "app/MemoryLimit.h"
 #include "app/StoredPreferences.h"
 #include "composer/OutputFolder.h"
 #include "platform/files/FileDescriptor.h"
+#include "platform/pdf/MemoryShortage.h"
 #include "platform/ui/HomeFolder.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -37,6 +40,12 @@ std::string defaultOutputFolder() {
     return quillorn::InitAppPath(**preferences, quillorn::homeFolder());
 }
 
+void prepareForInputs([[maybe_unused]] std::uint64_t bytes) {
+#ifdef QUILLORN_LIMIT_MEMORY
+    quillorn::limitMemoryForInputs(bytes);
+#endif
+}
+
 /// Runs the command and makes sure that what it had to say was heard.
 int runProgram(quillorn::CommandLineProgram& program, const std::vector<std::string>& words) {
     int status = program.run(words);
@@ -59,11 +68,13 @@ int main(int argc, char** argv) {
 #endif
     quillorn::raiseOpenFileLimit();
     quillorn::ignoreSignalsOfWriting();
+    quillorn::throwWhenMemoryRunsOut();
     try {
         quillorn::CommandLineProgram program({{std::cout, std::cerr, terminalWidth()},
                                               defaultOutputFolder,
                                               quillorn::Interrupts::watch,
                                               quillorn::Interrupts::exitStatus,
+                                              prepareForInputs,
                                               endsAfterwards});
         const int status =
             runProgram(program, std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));

@@ -1,11 +1,19 @@
 #include "platform/pdf/BoundedData.h"
 
+#include "platform/pdf/DecodingBudget.h"
+
+#include <algorithm>
+#include <cstdint>
 #include <qpdf/Pipeline.hh>
 #include <stdexcept>
+#include <vector>
 
 namespace quillorn {
 
 namespace {
+
+/// Scraps of data have their overhead.
+constexpr std::uint64_t smallestBudget = 64U << 10U;
 
 class BoundedString : public Pipeline {
 public:
@@ -20,6 +28,12 @@ public:
         m_text.append(reinterpret_cast<const char*>(data), length);
     }
     void finish() override {}
+    /// What comes next belongs to another token.
+    void separate() {
+        if (!m_text.empty() && m_text.back() != '\n') {
+            write(reinterpret_cast<unsigned char const*>("\n"), 1);
+        }
+    }
     [[nodiscard]] std::string take() { return std::move(m_text); }
 
 private:
@@ -27,25 +41,61 @@ private:
     std::string m_text;
 };
 
+/// Reads what says how a stream is to be decoded. Otherwise libqpdf would when it decodes it, and
+/// would charge the object streams that it finds this in to the wrong budget.
+void readFilters(QPDFObjectHandle dictionary) {
+    for (const char* key : {"/Filter", "/DecodeParms"}) {
+        QPDFObjectHandle stated = dictionary.getKey(key);
+        for (QPDFObjectHandle& item :
+             stated.isArray() ? stated.getArrayAsVector() : std::vector<QPDFObjectHandle>{stated}) {
+            if (item.isDictionary()) {
+                for (auto& [name, value] : item.getDictAsMap()) {
+                    static_cast<void>(value.isInteger());
+                }
+            }
+        }
+    }
+}
+
+bool decodeStream(QPDFObjectHandle stream, DecodingBudget& budget, BoundedString& text) {
+    readFilters(stream.getDict());
+    const DecodingScope scope(budget);
+    return stream.pipeStreamData(&text, 0, qpdf_dl_generalized, true);
+}
+
+/// The streams that make up a page's contents; others among them count as empty.
+std::vector<QPDFObjectHandle> contentStreams(QPDFObjectHandle page) {
+    QPDFObjectHandle contents = page.getKey("/Contents");
+    std::vector<QPDFObjectHandle> streams =
+        contents.isArray() ? contents.getArrayAsVector() : std::vector<QPDFObjectHandle>{contents};
+    std::erase_if(streams, [](QPDFObjectHandle& item) { return !item.isStream(); });
+    return streams;
+}
+
 } // namespace
 
 std::optional<std::string> decodedData(QPDFObjectHandle object, std::size_t limit,
                                        bool pageContents, std::size_t* produced) {
     BoundedString text(limit);
-    bool complete = false;
+    // The stages before the last are bounded, too: they could make gigabytes that the last drops.
+    DecodingBudget budget(2 * static_cast<std::uint64_t>(limit) + smallestBudget);
+    const std::uint64_t before = budget.left();
+    bool complete = true;
     try {
         if (pageContents) {
-            object.pipePageContents(&text);
-            complete = true;
+            for (const QPDFObjectHandle& stream : contentStreams(object)) {
+                complete = complete && decodeStream(stream, budget, text);
+                text.separate();
+            }
         } else {
-            complete =
-                object.isStream() && object.pipeStreamData(&text, 0, qpdf_dl_generalized, true);
+            complete = object.isStream() && decodeStream(object, budget, text);
         }
     } catch (const std::exception&) {
         complete = false; // the caller goes on without the data, as documented
     }
     if (produced != nullptr) {
-        *produced = text.size();
+        const std::uint64_t decoded = std::max<std::uint64_t>(text.size(), before - budget.left());
+        *produced = static_cast<std::size_t>(std::min<std::uint64_t>(decoded, limit));
     }
     return complete ? std::optional(text.take()) : std::nullopt;
 }

@@ -122,21 +122,22 @@ PDFSource::openShared(const std::filesystem::path& path, std::shared_ptr<const S
         facts.permissions = PDFPermissions{false, false, false, false, false, false, false, false};
         return source;
     }
-    auto read = guardLibrary(PDFError::Kind::notPDF, path, [&]() -> PDFResult<void> {
-        QPDF& document = *(*reader)->document;
-        facts.version = versionOf(document);
-        facts.encrypted = document.isEncrypted();
-        facts.ownerPasswordMatched = facts.encrypted && document.ownerPasswordMatched();
-        facts.permissions = permissionsOf(document);
-        const auto stated = (*reader)->inOrder
-                                ? PageTree::statedPageCount(document, source->fileSize())
-                                : std::nullopt;
-        facts.pageCount = stated ? *stated : (*reader)->pageTree().pageCount();
-        for (const QPDFExc& warning : document.getWarnings()) {
-            facts.warnings.push_back(warning.getMessageDetail());
-        }
-        return {};
-    });
+    auto read =
+        guardLibrary(PDFError::Kind::notPDF, path, (*reader)->budget, [&]() -> PDFResult<void> {
+            QPDF& document = *(*reader)->document;
+            facts.version = versionOf(document);
+            facts.encrypted = document.isEncrypted();
+            facts.ownerPasswordMatched = facts.encrypted && document.ownerPasswordMatched();
+            facts.permissions = permissionsOf(document);
+            const auto stated = (*reader)->inOrder
+                                    ? PageTree::statedPageCount(document, source->fileSize())
+                                    : std::nullopt;
+            facts.pageCount = stated ? *stated : (*reader)->pageTree().pageCount();
+            for (const QPDFExc& warning : document.getWarnings()) {
+                facts.warnings.push_back(warning.getMessageDetail());
+            }
+            return {};
+        });
     if (!read) {
         return tl::unexpected(std::move(read.error()));
     }
@@ -190,15 +191,16 @@ PDFResult<std::unique_ptr<PDFReader>> PDFSource::takeReader() const {
         return reader;
     }
     const auto kind = PDFError::Kind::damagedPage;
-    return guardLibrary(kind, m_path, [&]() -> PDFResult<std::unique_ptr<PDFReader>> {
-        const std::size_t found = (*reader)->pageTree().pageCount();
-        if (found != m_facts.pageCount) {
-            return tl::unexpected(PDFError{kind, m_path,
-                                           "it states " + std::to_string(m_facts.pageCount) +
-                                               " pages and holds " + std::to_string(found)});
-        }
-        return std::move(*reader);
-    });
+    return guardLibrary(
+        kind, m_path, (*reader)->budget, [&]() -> PDFResult<std::unique_ptr<PDFReader>> {
+            const std::size_t found = (*reader)->pageTree().pageCount();
+            if (found != m_facts.pageCount) {
+                return tl::unexpected(PDFError{kind, m_path,
+                                               "it states " + std::to_string(m_facts.pageCount) +
+                                                   " pages and holds " + std::to_string(found)});
+            }
+            return std::move(*reader);
+        });
 }
 
 PDFResult<std::shared_ptr<const PDFSource>> PDFSource::withCountedPages() const {
@@ -239,8 +241,8 @@ PDFResult<Answer> PDFSource::ask(PDFError::Kind kind, Question&& question) const
         }
         m_reader = std::move(*reader);
     }
-    auto answer =
-        guardLibrary(kind, m_path, [&]() -> PDFResult<Answer> { return question(*m_reader); });
+    auto answer = guardLibrary(kind, m_path, m_reader->budget,
+                               [&]() -> PDFResult<Answer> { return question(*m_reader); });
     if (!answer) {
         // Bytes that changed while they were read explain any complaint about them better.
         if (auto unchanged = verifyUnchanged(); !unchanged) {

@@ -136,9 +136,9 @@ PDFResult<PDFVerification> verifyPDF(const std::filesystem::path& file, std::siz
     if (!reader) {
         return tl::unexpected(std::move(reader.error()));
     }
-    return guardLibrary(PDFError::Kind::damagedPage, file, [&]() -> PDFResult<PDFVerification> {
-        return Verifier(**reader).run(expectedPages);
-    });
+    return guardLibrary(
+        PDFError::Kind::damagedPage, file, (*reader)->budget,
+        [&]() -> PDFResult<PDFVerification> { return Verifier(**reader).run(expectedPages); });
 }
 
 } // namespace quillorn

@@ -1,9 +1,11 @@
 #include "platform/pdf/PageTree.h"
 
 #include <algorithm>
+#include <limits>
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <unordered_map>
 #include <utility>
 
 namespace quillorn {
@@ -25,6 +27,11 @@ bool isPage(QPDFObjectHandle object) {
     return object.isDictionary() && !object.hasKey("/Kids");
 }
 
+/// An inner node without children has no place among the pages.
+bool isEmptyNode(QPDFObjectHandle object) {
+    return object.isDictionaryOfType("/Pages") && !object.hasKey("/Kids");
+}
+
 /// Looks at the children's references and at the first and the last child.
 bool holdsOnlyPages(QPDFObjectHandle& node, const std::vector<QPDFObjectHandle>& kids) {
     QPDFObjectHandle count = node.getKey("/Count");
@@ -32,13 +39,35 @@ bool holdsOnlyPages(QPDFObjectHandle& node, const std::vector<QPDFObjectHandle>&
            count.getIntValue() == static_cast<long long>(kids.size()) &&
            std::all_of(kids.begin(), kids.end(),
                        [](QPDFObjectHandle kid) { return kid.isIndirect(); }) &&
-           isPage(kids.front()) && isPage(kids.back());
+           isPage(kids.front()) && isPage(kids.back()) && !isEmptyNode(kids.front()) &&
+           !isEmptyNode(kids.back());
+}
+
+bool isBox(QPDFObjectHandle value) {
+    if (!value.isArray() || value.getArrayNItems() < 4) {
+        return false;
+    }
+    for (int i = 0; i < 4; ++i) {
+        if (!value.getArrayItem(i).isNumber()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Whether `value` can be what `key` stands for. One that cannot counts as not stated: other
+/// readers, too, go by the inherited one then.
+bool isUsable(const std::string& key, QPDFObjectHandle value) {
+    if (key == "/Resources") {
+        return value.isDictionary();
+    }
+    return key == "/Rotate" ? value.isInteger() : isBox(value);
 }
 
 /// What `node` states itself comes first.
 PageTree::Inherited inheritedThrough(QPDFObjectHandle node, PageTree::Inherited from) {
     const auto take = [&node](const char* key, QPDFObjectHandle& value) {
-        if (QPDFObjectHandle own = node.getKey(key); !own.isNull()) {
+        if (QPDFObjectHandle own = node.getKey(key); isUsable(key, own)) {
             value = own;
         }
     };
@@ -54,7 +83,7 @@ constexpr int deepestNode = 100;
 QPDFObjectHandle attributeOf(QPDFObjectHandle page, const PageTree::Inherited& inherited,
                              const std::string& key) {
     if (page.isDictionary()) {
-        if (QPDFObjectHandle own = page.getKey(key); !own.isNull()) {
+        if (QPDFObjectHandle own = page.getKey(key); isUsable(key, own)) {
             return own;
         }
     }
@@ -93,6 +122,7 @@ PageTree::PageTree(QPDF& document, Reading reading) {
             collectStrayPages(document);
         }
     }
+    settleRepeatedPages();
 }
 
 std::optional<std::size_t> PageTree::statedPageCount(QPDF& document, std::uint64_t fileSize) {
@@ -141,8 +171,7 @@ void PageTree::walk(QPDF& document, QPDFObjectHandle root, Reading reading) {
             continue;
         }
         if (!kid.hasKey("/Kids")) {
-            // An empty inner node without children is no page either.
-            if (!kid.isDictionaryOfType("/Pages")) {
+            if (!isEmptyNode(kid)) {
                 addLeaf(document, kid, top.inherited);
             }
         } else {
@@ -197,6 +226,16 @@ void PageTree::collectStrayPages(QPDF& document) {
     }
 }
 
+/// A page that stands below several nodes inherits from the first of them wherever it stands: it
+/// is one object, and one page as to whatever refers to it.
+void PageTree::settleRepeatedPages() {
+    std::unordered_map<int, std::uint32_t> first; // by object number
+    first.reserve(m_leaves.size());
+    for (Leaf& leaf : m_leaves) {
+        leaf.inherited = first.try_emplace(leaf.page.getObjectID(), leaf.inherited).first->second;
+    }
+}
+
 const PageTree::Leaf& PageTree::leaf(std::size_t index) const {
     if (index >= m_leaves.size()) {
         throw std::out_of_range("page " + std::to_string(index + 1) +
@@ -227,6 +266,9 @@ QPDFObjectHandle PageTree::attribute(const Located& located, const char* key) {
 }
 
 std::optional<PageTree::Located> PageTree::locate(QPDF& document, std::size_t index) {
+    if (!statedPageCount(document, std::numeric_limits<std::uint64_t>::max())) {
+        return std::nullopt;
+    }
     QPDFObjectHandle node = document.getRoot().getKey("/Pages");
     Inherited inherited;
     for (int depth = 0; depth < deepestNode && node.isDictionary(); ++depth) {
@@ -244,7 +286,7 @@ std::optional<PageTree::Located> PageTree::locate(QPDF& document, std::size_t in
         }
         node = QPDFObjectHandle::newNull();
         for (QPDFObjectHandle& kid : kids) {
-            if (!kid.isDictionary()) {
+            if (!kid.isDictionary() || isEmptyNode(kid)) {
                 return std::nullopt;
             }
             QPDFObjectHandle count = kid.getKey("/Count");

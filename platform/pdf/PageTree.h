@@ -23,7 +23,8 @@ class PageTree {
 public:
     enum class Reading { lazy, thorough };
 
-    /// Attributes that a page may inherit (ISO 32000-1, table 30); null where nothing is stated.
+    /// Attributes that a page may inherit (ISO 32000-1, table 30); null where nothing is stated
+    /// that could be one.
     struct Inherited {
         QPDFObjectHandle resources = QPDFObjectHandle::newNull();
         QPDFObjectHandle mediaBox = QPDFObjectHandle::newNull();
@@ -46,7 +47,8 @@ public:
         Inherited inherited;
     };
     /// One page without looking at the others, in a file that is in order; nothing where the
-    /// counts on the way do not fit or lead to no page, which only the whole tree can settle.
+    /// counts on the way do not fit or lead to no page, which only the whole tree can settle, and
+    /// in a small document, whose entries that are no pages have no number.
     [[nodiscard]] static std::optional<Located> locate(QPDF& document, std::size_t index);
 
     /// The pages that are there. The root may have stated another number: the functions below
@@ -61,7 +63,8 @@ public:
 
     [[nodiscard]] const Inherited& inherited(std::size_t index) const;
 
-    /// An attribute of the page with inheritance applied; null when it is stated nowhere.
+    /// One of the inheritable attributes with inheritance applied; null when it is stated nowhere.
+    /// A box has four numbers, a rotation is an integer, resources are a dictionary.
     [[nodiscard]] QPDFObjectHandle attribute(std::size_t index, const char* key) const;
 
     /// Inner nodes of the tree, the root included. Page objects point back at them.
@@ -83,6 +86,7 @@ private:
                std::vector<Frame>& open);
     void addLeaf(QPDF& document, const QPDFObjectHandle& page, std::uint32_t inherited);
     void collectStrayPages(QPDF& document);
+    void settleRepeatedPages();
 
     std::vector<QPDFObjectHandle> m_nodes;
     std::vector<Inherited> m_inherited;

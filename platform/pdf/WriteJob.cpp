@@ -107,16 +107,19 @@ PDFResult<PDFWriteReport> WriteJob::run(const std::filesystem::path& target) {
     }
     m_progress.begin();
     planSources();
-    PDFResult<void> done =
-        guardLibrary(PDFError::Kind::cannotWrite, target, [this]() { return beginDocument(); });
+    // A document that became the output is to blame for whatever it holds.
+    const std::filesystem::path& base = m_base != nullptr ? m_base->source->path() : target;
+    DecodingBudget budget = DecodingBudget::forFilesOf(sizeOfSources());
+    PDFResult<void> done = guardLibrary(PDFError::Kind::cannotWrite, base, budget,
+                                        [this]() { return beginDocument(); });
     for (const SourceUse& use : m_sources) {
         if (done && &use != m_base) {
-            done = guardLibrary(PDFError::Kind::damagedPage, use.source->path(),
+            done = guardLibrary(PDFError::Kind::damagedPage, use.source->path(), budget,
                                 [&]() { return addSource(use); });
         }
     }
     if (done) {
-        done = guardLibrary(PDFError::Kind::cannotWrite, target,
+        done = guardLibrary(PDFError::Kind::cannotWrite, base, budget,
                             [&]() { return writeDocument(*file, target); });
     }
     // A source that changed meanwhile explains whatever else went wrong.
@@ -157,6 +160,14 @@ void WriteJob::planSources() {
         use.differentPages = different.size();
     }
     m_base = chooseBase();
+}
+
+std::uint64_t WriteJob::sizeOfSources() const {
+    std::uint64_t bytes = 0;
+    for (const SourceUse& use : m_sources) {
+        bytes += use.source->fileSize();
+    }
+    return bytes;
 }
 
 const WriteJob::SourceUse* WriteJob::chooseBase() const {

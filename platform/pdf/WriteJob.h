@@ -45,6 +45,7 @@ private:
     };
 
     void planSources();
+    [[nodiscard]] std::uint64_t sizeOfSources() const;
     [[nodiscard]] const SourceUse* chooseBase() const;
     [[nodiscard]] PDFResult<void> beginDocument();
     [[nodiscard]] PDFResult<void> adoptBase();

@@ -162,6 +162,15 @@ Program& Program::withFileSizeLimit(std::uint64_t bytes) {
     return *this;
 }
 
+Program& Program::withMemoryLimit(std::uint64_t bytes) {
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    m_memoryLimit = bytes;
+#else
+    static_cast<void>(bytes);
+#endif
+    return *this;
+}
+
 Program& Program::onTerminal() {
     m_onTerminal = true;
     return *this;
@@ -216,6 +225,10 @@ void Program::become(int output, int errors, int executable) const {
     if (m_fileSizeLimit) {
         const struct rlimit limit { *m_fileSizeLimit, *m_fileSizeLimit };
         ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    if (m_memoryLimit) {
+        const struct rlimit limit { *m_memoryLimit, *m_memoryLimit };
+        ::setrlimit(RLIMIT_DATA, &limit);
     }
     std::vector<std::string> words = {m_name};
     words.insert(words.end(), m_arguments.begin(), m_arguments.end());

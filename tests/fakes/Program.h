@@ -64,6 +64,9 @@ public:
     Program& with(const std::string& variable, const std::optional<std::string>& value);
     /// No file may grow beyond this many bytes.
     Program& withFileSizeLimit(std::uint64_t bytes);
+    /// It may hold no more bytes of data in memory. Not heeded by programs built with a sanitizer,
+    /// which reserve terabytes.
+    Program& withMemoryLimit(std::uint64_t bytes);
     /// With its standard errors going to a terminal of 80 columns.
     Program& onTerminal();
     /// As a user without privileges when the test has them. Needs a name with a path.
@@ -81,6 +84,7 @@ private:
     std::filesystem::path m_folder;
     std::map<std::string, std::optional<std::string>> m_variables;
     std::optional<std::uint64_t> m_fileSizeLimit;
+    std::optional<std::uint64_t> m_memoryLimit;
     bool m_onTerminal = false;
     bool m_asOrdinaryUser = false;
 };

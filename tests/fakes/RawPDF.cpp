@@ -50,12 +50,17 @@ RawPDF& RawPDF::objectStream(int number, const std::vector<std::pair<int, std::s
         const auto& [own, body] = objects[i];
         index += std::to_string(own) + " " + std::to_string(bodies.size()) + " ";
         bodies += body + "\n";
-        m_compressed[own] = Place{number, i};
+        compressed(own, number, i);
     }
     return stream(number,
                   "/Type /ObjStm /N " + std::to_string(objects.size()) + " /First " +
                       std::to_string(index.size()) + " /Filter /FlateDecode",
                   deflated(index + bodies));
+}
+
+RawPDF& RawPDF::compressed(int number, int stream, std::size_t index) {
+    m_compressed[number] = Place{stream, index};
+    return *this;
 }
 
 RawPDF& RawPDF::claimOffset(int number, std::uint64_t offset) {

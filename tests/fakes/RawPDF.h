@@ -20,8 +20,11 @@ public:
     /// A stream with its /Length and `entries` in its dictionary.
     RawPDF& stream(int number, const std::string& entries, const std::string& data);
 
-    /// An object stream of compressed objects, numbers with bodies; see `compressed`.
+    /// An object stream of compressed objects, numbers with bodies.
     RawPDF& objectStream(int number, const std::vector<std::pair<int, std::string>>& objects);
+
+    /// The cross-reference stream says that an object is the one at `index` in an object stream.
+    RawPDF& compressed(int number, int stream, std::size_t index);
 
     /// The cross-reference table says that the object stands at this offset.
     RawPDF& claimOffset(int number, std::uint64_t offset);

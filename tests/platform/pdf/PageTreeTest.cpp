@@ -163,6 +163,36 @@ TEST_F(PageTrees, WithNullKidsAmongHundredsLeaveThoseOut) {
     EXPECT_EQ(widthOf(source, 200), 300);
 }
 
+// The number of a page must not depend on whether the document was opened anew in between.
+TEST_F(PageTrees, WithEntriesThatAreNoPagesNumberTheOthersAlways) {
+    for (const char* kids : {"5 0 R 3 0 R 4 0 R", "3 0 R 5 0 R 4 0 R", "null 3 0 R 4 0 R"}) {
+        const Source source = open(RawPDF()
+                                       .object(1, catalogBody)
+                                       .object(2, nodeBody(kids, 3))
+                                       .object(3, pageBody(2, 300))
+                                       .object(4, pageBody(2, 400))
+                                       .object(5, "<< /Type /Pages /Parent 2 0 R >>"));
+        EXPECT_EQ(widthsOf(source), (Widths{300, 400})) << kids;
+        source->releaseReader();
+        EXPECT_EQ(widthOf(source, 0), 300) << kids;
+        source->releaseReader();
+        EXPECT_EQ(widthOf(source, 1), 400) << kids;
+    }
+}
+
+TEST_F(PageTrees, OfHundredsOfPagesAfterAnEmptyNodeNumberThemAlways) {
+    RawPDF pdf;
+    pdf.object(1, catalogBody).object(2, nodeBody("3 0 R " + addPages(pdf, 2, 100, 400), 401));
+    pdf.object(3, "<< /Type /Pages /Parent 2 0 R >>");
+    const Source source = open(pdf);
+    ASSERT_TRUE(source);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(widthOf(source, 0), 100);
+        EXPECT_EQ(widthOf(source, 399), 499);
+        source->releaseReader();
+    }
+}
+
 TEST_F(PageTrees, ThatLoopEndAllTheSame) {
     EXPECT_EQ(widthsOf(open(RawPDF()
                                 .object(1, catalogBody)
@@ -337,6 +367,36 @@ TEST_F(PageTrees, HandDownBoxesAndRotationToTheNearestStatement) {
     EXPECT_EQ(source->geometry(2)->rotation, 180);
     EXPECT_EQ(source->geometry(3)->mediaBox, (PDFBox{0, 0, 200, 200}));
     EXPECT_EQ(source->geometry(3)->rotation, 90);
+}
+
+TEST_F(PageTrees, HandDownWhatPagesStateInNoUsableForm) {
+    const Source source = open(
+        RawPDF()
+            .object(1, catalogBody)
+            .object(2, nodeBody("3 0 R 4 0 R 5 0 R", 3,
+                                "/MediaBox [0 0 200 100] /CropBox [10 10 90 90] /Rotate 90"))
+            .object(3, "<< /Type /Page /Parent 2 0 R /MediaBox (x) /CropBox 7 /Rotate /x >>")
+            .object(4, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 300] /CropBox [1 /x 3 4] >>")
+            .object(5, "<< /Type /Page /Parent 2 0 R /MediaBox << >> /Rotate 180.0 >>"));
+    ASSERT_TRUE(source);
+    ASSERT_EQ(source->pageCount(), 3U);
+    for (std::size_t page = 0; page < 3; ++page) {
+        EXPECT_EQ(source->geometry(page)->mediaBox, (PDFBox{0, 0, 200, 100})) << page;
+        EXPECT_EQ(source->geometry(page)->cropBox, (PDFBox{10, 10, 90, 90})) << page;
+        EXPECT_EQ(source->geometry(page)->rotation, 90) << page;
+    }
+}
+
+TEST_F(PageTrees, HandDownToAPageInTwoPlacesWhatItHasInTheFirst) {
+    const Source source = open(RawPDF()
+                                   .object(1, catalogBody)
+                                   .object(2, nodeBody("3 0 R 4 0 R", 2))
+                                   .object(3, nodeBody("5 0 R", 1, "/MediaBox [0 0 300 100]"))
+                                   .object(4, nodeBody("5 0 R", 1, "/MediaBox [0 0 400 100]"))
+                                   .object(5, "<< /Type /Page /Parent 4 0 R >>"));
+    EXPECT_EQ(widthsOf(source), (Widths{300, 300}));
+    source->releaseReader();
+    EXPECT_EQ(widthOf(source, 1), 300);
 }
 
 TEST_F(PageTrees, InObjectStreamsAreRead) {
