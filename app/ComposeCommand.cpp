@@ -5,7 +5,6 @@
 #include "app/TerminalText.h"
 #include "model/FileNames.h"
 #include "platform/files/PrivateFolder.h"
-#include "platform/pdf/PDFVerifier.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -153,7 +152,7 @@ void ComposeCommand::tellOf(const PDFWriteReport& written) {
 }
 
 void ComposeCommand::verify(const PDFWriteReport& written) {
-    const auto verification = verifyPDF(written.file, written.pages);
+    const auto verification = m_surroundings.verify(written.file, written.pages);
     std::vector<std::string> problems = verification
                                             ? verification->problems
                                             : std::vector<std::string>{verification.error().reason};

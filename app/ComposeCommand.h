@@ -3,7 +3,10 @@
 #include "app/CommandOutput.h"
 #include "app/ComposeInputs.h"
 #include "app/ComposeReport.h"
+#include "platform/pdf/PDFVerifier.h"
 
+#include <cstddef>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <stop_token>
@@ -24,6 +27,9 @@ public:
         std::stop_token stop;
         std::function<int()> interruptedStatus; ///< the exit status once `stop` was requested
         bool processEndsAfterwards = false;     ///< so memory need not be given back
+        /// Reads an output back when that is asked for.
+        std::function<PDFResult<PDFVerification>(const std::filesystem::path&, std::size_t)>
+            verify = verifyPDF;
     };
 
     /// Passwords are given as text (PasswordFiles.h).

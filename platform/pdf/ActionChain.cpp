@@ -9,7 +9,7 @@ namespace quillorn {
 namespace {
 
 /// Far longer than any that a person made. Thousands of links may share one, so it is not larger.
-constexpr std::size_t longestChain = 256;
+constexpr std::size_t longestChain = 64;
 
 constexpr std::size_t deepestDirect = 16;
 
@@ -36,12 +36,13 @@ ActionChain actionChain(const QPDFObjectHandle& action) {
             pending.push_back(next);
             continue;
         }
-        std::vector<QPDFObjectHandle> items = next.getArrayAsVector();
-        if (items.size() + pending.size() > longestChain) {
-            items.resize(longestChain - std::min(longestChain, pending.size()));
-            chain.complete = false;
+        const auto items = static_cast<std::size_t>(next.getArrayNItems());
+        const std::size_t taken =
+            std::min(items, longestChain - std::min(longestChain, pending.size()));
+        chain.complete = chain.complete && taken == items;
+        for (std::size_t i = taken; i > 0; --i) {
+            pending.push_back(next.getArrayItem(static_cast<int>(i) - 1));
         }
-        pending.insert(pending.end(), items.rbegin(), items.rend());
     }
     return chain;
 }

@@ -23,7 +23,7 @@ constexpr std::array<const char*, 7> wholeDocumentKeys{
 /// A printing condition in one text that tells it from others: what it says of itself, and its
 /// profile, since many profiles are just called "Custom".
 std::string conditionsOf(QPDFObjectHandle intents) {
-    constexpr std::size_t profileLimit = 64U << 20U; // bytes
+    std::size_t allowance = 64U << 20U; // bytes of profiles decoded in all
     std::string conditions;
     for (QPDFObjectHandle& intent : intents.getArrayAsVector()) {
         for (const char* key :
@@ -31,7 +31,10 @@ std::string conditionsOf(QPDFObjectHandle intents) {
             QPDFObjectHandle value = intent.getKeyIfDict(key);
             conditions += (value.isString() ? value.getUTF8Value() : std::string()) + "\n";
         }
-        const auto profile = decodedData(intent.getKeyIfDict("/DestOutputProfile"), profileLimit);
+        std::size_t decoded = 0;
+        const auto profile =
+            decodedData(intent.getKeyIfDict("/DestOutputProfile"), allowance, false, &decoded);
+        allowance = profile ? allowance - decoded : allowance / 2;
         conditions += std::to_string(std::hash<std::string>()(profile.value_or("")));
     }
     return conditions;

@@ -2,13 +2,15 @@
 
 #include "platform/pdf/TreeEntries.h"
 
+#include <algorithm>
+
 namespace quillorn {
 
 namespace {
 
 constexpr std::size_t nameLimit = 2'000'000;
 constexpr int longestNameChain = 8;
-constexpr std::size_t mostViewParameters = 5; // "/FitR left bottom right top"
+constexpr int mostViewParameters = 5; // "/FitR left bottom right top"
 
 /// A scalar in place; anything else (a reference to a structure, say) means "unchanged": null.
 QPDFObjectHandle scalar(QPDFObjectHandle value) {
@@ -41,8 +43,8 @@ std::optional<Destinations::Destination> Destinations::resolve(QPDFObjectHandle 
     if (!destination.isArray() || destination.getArrayNItems() < 1) {
         return std::nullopt;
     }
-    const std::vector<QPDFObjectHandle> items = destination.getArrayAsVector();
-    QPDFObjectHandle target = items.front();
+    // Item by item: thousands of links may share one array of thousands of items.
+    QPDFObjectHandle target = destination.getArrayItem(0);
     std::optional<std::size_t> page = m_pages.indexOf(target);
     if (!page && target.isInteger() && target.getIntValue() >= 0 &&
         static_cast<std::size_t>(target.getIntValue()) < m_pages.pageCount()) {
@@ -54,8 +56,9 @@ std::optional<Destinations::Destination> Destinations::resolve(QPDFObjectHandle 
         return std::nullopt;
     }
     Destination resolved{*page, {}};
-    for (std::size_t i = 1; i < items.size() && i <= mostViewParameters; ++i) {
-        resolved.view.push_back(scalar(items[i]));
+    const int end = std::min(destination.getArrayNItems(), 1 + mostViewParameters);
+    for (int i = 1; i < end; ++i) {
+        resolved.view.push_back(scalar(destination.getArrayItem(i)));
     }
     if (resolved.view.empty() || !resolved.view.front().isName()) {
         resolved.view = {QPDFObjectHandle::newName("/Fit")};

@@ -39,52 +39,50 @@ std::string escapedForXml(std::string_view text) {
     return escaped;
 }
 
-/// Where a packet states a property: as an element (<pdf:Producer>...</pdf:Producer>) or as an
-/// attribute (pdf:Producer="...").
-struct Statement {
-    std::size_t start;      ///< of the element or the attribute
-    std::size_t valueStart; ///< of what it says
-    std::size_t valueEnd;
-    std::size_t end;
-};
-
-std::optional<Statement> findProperty(const std::string& packet, const std::string& property,
-                                      std::size_t from) {
+/// The packet with every statement of a property gone over: what `value` says instead of what
+/// stands there, or without the statement where there is no value. A property is stated as an
+/// element (<pdf:Producer>...</pdf:Producer>) or as an attribute (pdf:Producer="..."). Packets of
+/// megabytes may state it throughout, so each form takes one pass. `any` tells whether one did.
+std::string withProperty(std::string packet, const std::string& property, const char* value,
+                         bool& any) {
     const std::array<std::pair<std::string, std::string>, 3> forms{
         {{"<" + property + ">", "</" + property + ">"},
          {property + "=\"", "\""},
          {property + "='", "'"}}};
-    std::optional<Statement> first;
     for (const auto& [before, after] : forms) {
-        const std::size_t start = packet.find(before, from);
-        if (start == std::string::npos || (first && first->start < start)) {
-            continue;
+        std::string result;
+        std::size_t done = 0;
+        std::size_t start = packet.find(before);
+        while (start != std::string::npos) {
+            const std::size_t end = packet.find(after, start + before.size());
+            if (end == std::string::npos) {
+                break; // nor would a later one close
+            }
+            result.append(packet, done, start - done);
+            if (value != nullptr) {
+                result += before + value + after;
+            }
+            done = end + after.size();
+            start = packet.find(before, done);
+            any = true;
         }
-        const std::size_t valueStart = start + before.size();
-        const std::size_t valueEnd = packet.find(after, valueStart);
-        if (valueEnd != std::string::npos) {
-            first = Statement{start, valueStart, valueEnd, valueEnd + after.size()};
+        if (done > 0) {
+            result.append(packet, done);
+            packet = std::move(result);
         }
     }
-    return first;
+    return packet;
 }
 
-/// Replaces what a packet says of a property wherever it says it.
 void setProperty(std::string& packet, const std::string& property, const std::string& value) {
-    for (auto found = findProperty(packet, property, 0); found;
-         found = findProperty(packet, property, found->valueStart + value.size())) {
-        packet.replace(found->valueStart, found->valueEnd - found->valueStart, value);
-    }
+    bool any = false;
+    packet = withProperty(std::move(packet), property, value.c_str(), any);
 }
 
 /// Whether a packet said anything of a property, which it then no longer does.
 bool removeProperty(std::string& packet, const std::string& property) {
     bool any = false;
-    for (auto found = findProperty(packet, property, 0); found;
-         found = findProperty(packet, property, found->start)) {
-        packet.erase(found->start, found->end - found->start);
-        any = true;
-    }
+    packet = withProperty(std::move(packet), property, nullptr, any);
     return any;
 }
 

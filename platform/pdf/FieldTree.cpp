@@ -78,6 +78,7 @@ std::vector<QPDFObjectHandle> FieldTree::repairAndFindHidden() {
         pending.push_back(field);
     }
     std::set<QPDFObjGen> seen;
+    std::set<QPDFObjGen> lists; // of children; fields of a damaged form share them
     while (!pending.empty()) {
         QPDFObjectHandle field = pending.back();
         pending.pop_back();
@@ -87,6 +88,9 @@ std::vector<QPDFObjectHandle> FieldTree::repairAndFindHidden() {
         }
         QPDFObjectHandle kids = field.getKey("/Kids");
         if (kids.isArray() && kids.getArrayNItems() > 0) {
+            if (kids.isIndirect() && !lists.insert(kids.getObjGen()).second) {
+                continue;
+            }
             for (QPDFObjectHandle& kid : kids.getArrayAsVector()) {
                 if (kid.isIndirect() && kid.isDictionary() && !hasParent(kid)) {
                     kid.replaceKey("/Parent", field);
@@ -161,7 +165,8 @@ void FieldTree::setChildren(QPDFObjectHandle field) {
         missing.insert(child.getObjGen());
     }
     std::vector<QPDFObjectHandle> staying;
-    if (kids.isArray()) {
+    // A list that belongs to several fields is nobody's order.
+    if (kids.isArray() && (!kids.isIndirect() || m_lists.insert(kids.getObjGen()).second)) {
         for (const QPDFObjectHandle& kid : kids.getArrayAsVector()) {
             if (kid.isIndirect() && missing.erase(kid.getObjGen()) > 0) {
                 staying.push_back(kid);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <map>
 #include <qpdf/QPDFObjectHandle.hh>
+#include <set>
 #include <vector>
 
 namespace quillorn {
@@ -41,6 +42,7 @@ private:
     std::vector<QPDFObjectHandle> m_kept;
     std::map<QPDFObjGen, std::size_t> m_depths; ///< of those that stay; 0 at the top
     std::map<QPDFObjGen, std::vector<QPDFObjectHandle>> m_children;
+    std::set<QPDFObjGen> m_lists; ///< of children, that have been gone through
     std::vector<QPDFObjectHandle> m_top;
 };
 

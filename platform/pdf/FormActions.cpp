@@ -1,6 +1,8 @@
 #include "platform/pdf/FormActions.h"
 
+#include <cstddef>
 #include <map>
+#include <set>
 #include <string>
 
 namespace quillorn {
@@ -16,10 +18,18 @@ const char* listKey(QPDFObjectHandle action) {
     return kind.isNameAndEquals("/Hide") ? "/T" : nullptr;
 }
 
+/// Bytes of a part of a name. Thousands of fields stand below one that has a name of megabytes,
+/// in a file that was made for it.
+constexpr std::size_t longestName = 4096;
+
+/// Empty when it is longer than any form's.
 std::string fullName(QPDFObjectHandle field) {
     std::string name;
     while (field.isDictionary()) { // a tree of limited depth, as FieldTree left it
         if (QPDFObjectHandle part = field.getKey("/T"); part.isString()) {
+            if (part.getStringValue().size() > longestName) {
+                return {};
+            }
             name.insert(0, name.empty() ? "" : ".");
             name.insert(0, part.getUTF8Value());
         }
@@ -67,11 +77,17 @@ bool namesFields(QPDFObjectHandle action) {
     return key != nullptr && action.hasKey(key);
 }
 
-void keepFieldsOfActions(const std::vector<QPDFObjectHandle>& actions, const FieldTree& fields) {
+void keepFieldsOfActions(QPDF& source, const std::vector<QPDFObjectHandle>& actions,
+                         const FieldTree& fields) {
+    std::set<QPDFObjGen> shared; // lists that actions name by reference
     ListedFields listed(fields);
     for (QPDFObjectHandle action : actions) {
         const char* key = listKey(action);
         QPDFObjectHandle list = action.getKey(key);
+        const bool isShared = list.isArray() && list.isIndirect();
+        if (isShared && !shared.insert(list.getObjGen()).second) {
+            continue;
+        }
         const std::vector<QPDFObjectHandle> items =
             list.isArray() ? list.getArrayAsVector() : std::vector<QPDFObjectHandle>{list};
         std::vector<QPDFObjectHandle> staying;
@@ -84,7 +100,11 @@ void keepFieldsOfActions(const std::vector<QPDFObjectHandle>& actions, const Fie
             // An empty list would mean all fields; a field without a name is none.
             staying.push_back(QPDFObjectHandle::newString(""));
         }
-        action.replaceKey(key, QPDFObjectHandle::newArray(staying));
+        if (isShared) {
+            source.replaceObject(list.getObjGen(), QPDFObjectHandle::newArray(staying));
+        } else {
+            action.replaceKey(key, QPDFObjectHandle::newArray(staying));
+        }
     }
 }
 

@@ -12,6 +12,7 @@ namespace quillorn {
 
 /// Lets such actions of one source forget the fields that stay behind, and name the others by
 /// reference, so that they keep meaning the same fields when those are renamed.
-void keepFieldsOfActions(const std::vector<QPDFObjectHandle>& actions, const FieldTree& fields);
+void keepFieldsOfActions(QPDF& source, const std::vector<QPDFObjectHandle>& actions,
+                         const FieldTree& fields);
 
 } // namespace quillorn

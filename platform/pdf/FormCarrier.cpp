@@ -25,6 +25,13 @@ bool asksForDrawing(QPDFObjectHandle form) {
     return needed.isBool() && needed.getBoolValue();
 }
 
+/// Whether a default of the form is worth a copy in every field: a string of some bytes, a number.
+bool isShort(QPDFObjectHandle value) {
+    constexpr std::size_t longestDefault = 4096;
+    return value.isInteger() ||
+           (value.isString() && value.getStringValue().size() <= longestDefault);
+}
+
 bool keepsOwnLayout(const CarryContext& context) {
     return context.onlySource && context.pages.isInOrder();
 }
@@ -42,7 +49,7 @@ void FormCarrier::prepare(const CarryContext& context, LinkCarrier& links) {
         dropSignature(context, field);
         links.prepareActions(field);
     }
-    keepFieldsOfActions(links.formActions(), *m_tree);
+    keepFieldsOfActions(context.source, links.formActions(), *m_tree);
     if (form.isDictionary()) {
         inheritFormDefaults(form);
         if (asksForDrawing(form) && !context.onlySource) {
@@ -70,8 +77,8 @@ void FormCarrier::inheritFormDefaults(QPDFObjectHandle form) {
     for (QPDFObjectHandle field : m_tree->top()) {
         for (const char* key : {"/DA", "/Q"}) {
             QPDFObjectHandle value = form.getKey(key);
-            if (!value.isNull() && !field.hasKey(key)) {
-                field.replaceKey(key, value);
+            if (isShort(value) && !field.hasKey(key)) {
+                field.replaceKey(key, detached(value));
             }
         }
     }

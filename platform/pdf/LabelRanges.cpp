@@ -14,6 +14,9 @@ namespace {
 
 constexpr std::size_t labelRangeLimit = 200'000;
 
+/// Bytes of a prefix that stands before a page's number; every page has one of its own.
+constexpr std::size_t longestPrefix = 1000;
+
 PDFPageLabelRange::Style labelStyle(QPDFObjectHandle style) {
     using Style = PDFPageLabelRange::Style;
     constexpr std::array<std::pair<const char*, Style>, 5> styles{{{"/D", Style::decimal},
@@ -33,7 +36,8 @@ PDFPageLabelRange labelRangeOf(std::size_t firstPage, QPDFObjectHandle label) {
     PDFPageLabelRange range;
     range.firstPage = firstPage;
     range.style = labelStyle(label.getKey("/S"));
-    if (QPDFObjectHandle prefix = label.getKey("/P"); prefix.isString()) {
+    QPDFObjectHandle prefix = label.getKey("/P");
+    if (prefix.isString() && prefix.getStringValue().size() <= longestPrefix) {
         range.prefix = prefix.getUTF8Value();
     }
     if (QPDFObjectHandle start = label.getKey("/St"); start.isInteger()) {

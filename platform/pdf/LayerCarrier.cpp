@@ -44,7 +44,7 @@ public:
     /// The items of a list that are groups, or lists with groups in them, that came along.
     std::vector<QPDFObjectHandle> kept(QPDFObjectHandle list, std::size_t depth = 0) {
         std::vector<QPDFObjectHandle> items;
-        if (!list.isArray() || depth == deepestOrder) {
+        if (!list.isArray() || depth == deepestOrder || m_visited > orderLimit) {
             return items;
         }
         bool any = false;

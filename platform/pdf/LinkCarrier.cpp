@@ -3,10 +3,23 @@
 #include "platform/pdf/ActionChain.h"
 #include "platform/pdf/FormActions.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 
 namespace quillorn {
+
+namespace {
+
+/// Actions that stay of a chain that loops or does not end. Thousands of links may share it, and
+/// each gets copies of its own.
+constexpr std::size_t keptOfEndlessChain = 8;
+
+/// Actions copied for one source. Chains that lose a step are copied without it, which thousands
+/// of links that share a long one could ask for.
+constexpr std::size_t mostCopiedActions = 300'000;
+
+} // namespace
 
 void LinkCarrier::preparePage(QPDFObjectHandle page) {
     prepareAdditionalActions(page);
@@ -142,13 +155,20 @@ QPDFObjectHandle LinkCarrier::preparedChain(const QPDFObjectHandle& action) {
     }
     QPDFObjectHandle prepared = action;
     if (!chain.complete) {
+        staying.resize(std::min(staying.size(), keptOfEndlessChain));
         m_context.notes.add(PDFCarryNote::Kind::structureLimited, m_context.file, "actions");
     }
     if (!chain.complete || staying.size() < chain.actions.size()) {
+        if (m_copiedActions + staying.size() > mostCopiedActions) {
+            staying.resize(std::min<std::size_t>(staying.size(), 1));
+            m_context.notes.add(PDFCarryNote::Kind::structureLimited, m_context.file, "actions");
+        }
+        m_copiedActions += staying.size();
         prepared = chained(m_context.source, staying);
     }
     for (const QPDFObjectHandle& step : actionChain(prepared).actions) {
-        if (namesFields(step)) {
+        const bool isNew = !step.isIndirect() || m_formActionIds.insert(step.getObjGen()).second;
+        if (isNew && namesFields(step)) {
             m_formActions.push_back(step);
         }
     }

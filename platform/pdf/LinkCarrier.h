@@ -3,6 +3,7 @@
 #include "platform/pdf/CarryContext.h"
 #include "platform/pdf/Destinations.h"
 
+#include <cstddef>
 #include <map>
 #include <qpdf/QPDFObjectHandle.hh>
 #include <set>
@@ -57,6 +58,8 @@ private:
     std::map<QPDFObjGen, QPDFObjectHandle> m_actions; ///< what became of actions
     std::set<QPDFObjGen> m_additionalActions;
     std::vector<QPDFObjectHandle> m_formActions;
+    std::set<QPDFObjGen> m_formActionIds; ///< actions looked at for fields
+    std::size_t m_copiedActions = 0;
     std::vector<QPDFObjectHandle> m_widgets;
 };
 

@@ -1,5 +1,6 @@
 #include "platform/pdf/PDFVerifier.h"
 
+#include "platform/pdf/ActionChain.h"
 #include "platform/pdf/Destinations.h"
 #include "platform/pdf/PDFReader.h"
 #include "platform/pdf/PDFSource.h"
@@ -60,14 +61,61 @@ private:
             tell(name + " cannot be read");
             return;
         }
+        verifyAdditionalActions(page, name);
         QPDFObjectHandle annotations = page.getKey("/Annots");
-        if (!annotations.isArray()) {
+        // What pages share is looked at once.
+        if (!annotations.isArray() || !isNew(annotations)) {
             return;
         }
         for (QPDFObjectHandle& annotation : annotations.getArrayAsVector()) {
-            if (annotation.isDictionary() && leadsAstray(annotation, m_result.links)) {
-                tell(name + " has a link that leads to no page of the document");
+            if (annotation.isDictionary() && isNew(annotation)) {
+                verifyLink(annotation, name, m_result.links);
+                verifyAdditionalActions(annotation, name);
             }
+        }
+    }
+
+    bool isNew(const QPDFObjectHandle& object) {
+        return !object.isIndirect() || m_seen.insert(object.getObjGen()).second;
+    }
+
+    void verifyAdditionalActions(QPDFObjectHandle holder, const std::string& place) {
+        QPDFObjectHandle actions = holder.getKey("/AA");
+        if (actions.isDictionary()) {
+            for (const auto& [trigger, action] : actions.getDictAsMap()) {
+                verifyAction(action, place, m_result.links);
+            }
+        }
+    }
+
+    /// A link, or an outline entry: `good` counts those that go to a page.
+    void verifyLink(QPDFObjectHandle holder, const std::string& place, std::size_t& good) {
+        QPDFObjectHandle destination = holder.getKey("/Dest");
+        if (!destination.isNull()) {
+            verifyDestination(destination, place, good);
+        } else {
+            verifyAction(holder.getKey("/A"), place, good);
+        }
+    }
+
+    void verifyAction(const QPDFObjectHandle& action, const std::string& place, std::size_t& good) {
+        const ActionChain chain = actionChain(action);
+        if (!chain.complete) {
+            tell(place + " has actions that follow each other without end");
+        }
+        for (QPDFObjectHandle step : chain.actions) {
+            if (isGoTo(step)) {
+                verifyDestination(step.getKey("/D"), place, good);
+            }
+        }
+    }
+
+    void verifyDestination(const QPDFObjectHandle& destination, const std::string& place,
+                           std::size_t& good) {
+        if (m_destinations.resolve(destination)) {
+            ++good;
+        } else {
+            tell(place + " leads to no page of the document");
         }
     }
 
@@ -85,31 +133,14 @@ private:
                 tell("the outline loops");
                 continue;
             }
-            if (leadsAstray(entry, m_result.outlineEntries)) {
-                QPDFObjectHandle title = entry.getKey("/Title");
-                tell("the outline entry \"" + (title.isString() ? title.getUTF8Value() : "") +
-                     "\" leads to no page of the document");
-            }
+            QPDFObjectHandle title = entry.getKey("/Title");
+            verifyLink(entry,
+                       "the outline entry \"" + (title.isString() ? title.getUTF8Value() : "") +
+                           "\"",
+                       m_result.outlineEntries);
             pending.push_back(entry.getKey("/Next"));
             pending.push_back(entry.getKey("/First"));
         }
-    }
-
-    /// Whether a link or an outline entry goes to a page that is not there; counts good ones.
-    bool leadsAstray(QPDFObjectHandle holder, std::size_t& good) {
-        QPDFObjectHandle destination = holder.getKey("/Dest");
-        if (destination.isNull()) {
-            QPDFObjectHandle action = holder.getKey("/A");
-            if (!action.getKeyIfDict("/S").isNameAndEquals("/GoTo")) {
-                return false;
-            }
-            destination = action.getKey("/D");
-        }
-        if (!m_destinations.resolve(destination)) {
-            return true;
-        }
-        ++good;
-        return false;
     }
 
     QPDF& m_document;
@@ -118,6 +149,7 @@ private:
     std::vector<PageUse> m_uses;
     SourcePages m_pages;
     Destinations m_destinations;
+    std::set<QPDFObjGen> m_seen; ///< annotations and lists of them
     PDFVerification m_result;
 };
 
@@ -137,8 +169,13 @@ PDFResult<PDFVerification> verifyPDF(const std::filesystem::path& file, std::siz
         return tl::unexpected(std::move(reader.error()));
     }
     return guardLibrary(
-        PDFError::Kind::damagedPage, file, (*reader)->budget,
-        [&]() -> PDFResult<PDFVerification> { return Verifier(**reader).run(expectedPages); });
+        PDFError::Kind::damagedPage, file, (*reader)->budget, [&]() -> PDFResult<PDFVerification> {
+            PDFVerification verification = Verifier(**reader).run(expectedPages);
+            for (const std::string& warning : (*source)->warnings()) {
+                verification.problems.push_back("it was mended while it was read: " + warning);
+            }
+            return verification;
+        });
 }
 
 } // namespace quillorn

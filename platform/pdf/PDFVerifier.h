@@ -19,9 +19,10 @@ struct PDFVerification {
     [[nodiscard]] bool isSound() const { return problems.empty(); }
 };
 
-/// Opens a written file afresh and checks that it has `expectedPages` pages, that each of them
-/// can be read, and that every link and every outline entry that goes to a page goes to one
-/// that is there. Errors: those of opening a file. Any thread.
+/// Opens a written file afresh and checks that nothing in it had to be mended, that it has
+/// `expectedPages` pages, that each of them can be read, and that every link, action and outline
+/// entry that goes to a page goes to one that is there. Annotations that pages share count once.
+/// Errors: those of opening a file. Any thread.
 [[nodiscard]] PDFResult<PDFVerification> verifyPDF(const std::filesystem::path& file,
                                                    std::size_t expectedPages);
 

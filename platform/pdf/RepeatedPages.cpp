@@ -1,6 +1,7 @@
 #include "platform/pdf/RepeatedPages.h"
 
 #include "platform/pdf/ActionChain.h"
+#include "platform/pdf/FontNames.h"
 
 #include <array>
 #include <cstddef>
@@ -20,9 +21,9 @@ constexpr std::array<const char*, 17> fieldKeys{"/FT", "/T",  "/TU", "/TM",     
 /// Triggers that belong to the field: a key was pressed, format, check, calculate.
 constexpr std::array<const char*, 4> fieldTriggers{"/K", "/F", "/V", "/C"};
 
-/// Copies of annotations in one output; pages beyond it share theirs. It takes thousands of links
-/// on thousands of repeated pages to get there.
-constexpr std::size_t mostCopies = 400'000;
+/// Copies of annotations (and of actions) in one output; pages beyond it share theirs. It takes
+/// thousands of links on thousands of repeated pages to get there.
+constexpr std::size_t mostCopies = 200'000;
 
 class Separation {
 public:
@@ -41,6 +42,11 @@ public:
         if (!annotations.isArray()) {
             return;
         }
+        if (m_copies + static_cast<std::size_t>(annotations.getArrayNItems()) > mostCopies) {
+            m_context.notes.add(PDFCarryNote::Kind::structureLimited, m_context.file,
+                                "annotations");
+            return;
+        }
         std::vector<QPDFObjectHandle> items = annotations.getArrayAsVector();
         const std::size_t copied = duplicate(items, page);
         if (copied > 0) {
@@ -52,7 +58,9 @@ public:
     void retarget(std::size_t output) {
         QPDFObjectHandle page = m_outputPages[output];
         retargetAdditionalActions(page, output);
-        if (QPDFObjectHandle annotations = page.getKey("/Annots"); annotations.isArray()) {
+        QPDFObjectHandle annotations = page.getKey("/Annots");
+        // A list that pages share has its links turned from the first of them.
+        if (annotations.isArray() && m_turned.insert(annotations.getObjectPtr()).second) {
             for (QPDFObjectHandle& item : annotations.getArrayAsVector()) {
                 if (item.isDictionary()) {
                     retargetAnnotation(item, output);
@@ -81,11 +89,6 @@ private:
     std::size_t duplicate(std::vector<QPDFObjectHandle>& items, QPDFObjectHandle page) {
         std::map<QPDFObjGen, QPDFObjectHandle> copies;
         std::size_t count = 0;
-        if (m_copies + items.size() > mostCopies) {
-            m_context.notes.add(PDFCarryNote::Kind::structureLimited, m_context.file,
-                                "annotations");
-            return 0;
-        }
         for (QPDFObjectHandle& item : items) {
             if (!item.isDictionary() || m_owned.insert(item.getObjectPtr()).second) {
                 continue;
@@ -156,7 +159,8 @@ private:
             m_context.output.makeIndirectObject(QPDFObjectHandle::newDictionary());
         for (const char* key : fieldKeys) {
             if (widget.hasKey(key)) {
-                field.replaceKey(key, widget.getKey(key));
+                // What was copied from a source counts as that source's until it is copied again.
+                field.replaceKey(key, detached(widget.getKey(key)));
                 widget.removeKey(key);
             }
         }
@@ -231,10 +235,12 @@ private:
                 changed = true;
             }
         }
-        if (changed) {
-            holder.replaceKey(key, chained(m_context.output, actions));
+        if (!changed || m_copiedActions + actions.size() > mostCopies) {
+            return false;
         }
-        return changed;
+        m_copiedActions += actions.size();
+        holder.replaceKey(key, chained(m_context.output, actions));
+        return true;
     }
 
     /// The destination at the copy nearest to `from`; null when it is right as it stands.
@@ -258,8 +264,10 @@ private:
     const CarryContext& m_context;
     const std::vector<QPDFObjectHandle>& m_outputPages;
     FormCarrier& m_forms;
-    std::set<const void*> m_owned; ///< annotations that a page has for itself
+    std::set<const void*> m_owned;  ///< annotations that a page has for itself
+    std::set<const void*> m_turned; ///< lists of annotations, which pages hold from now on
     std::size_t m_copies = 0;
+    std::size_t m_copiedActions = 0;
     std::map<QPDFObjGen, QPDFObjectHandle> m_parents;     ///< fields over split ones
     std::map<QPDFObjGen, QPDFObjectHandle> m_splitFields; ///< by the widget they came out of
     std::map<QPDFObjGen, std::size_t> m_sourcePages;      ///< by output page object of a first copy

@@ -7,8 +7,8 @@ namespace quillorn {
 
 namespace {
 
-constexpr std::size_t threadLimit = 100'000;
-constexpr std::size_t beadLimit = 1'000'000; ///< of all threads together
+constexpr std::size_t threadLimit = 10'000;
+constexpr std::size_t beadLimit = 100'000; ///< of all threads together
 
 /// The beads of a thread whose pages stay, in order; the chain of a damaged file may not close,
 /// or lead into another thread. `seen` are those of the threads before.
@@ -64,22 +64,24 @@ void ThreadCarrier::prepare(const CarryContext& context) {
         }
     }
     // Beads of no thread would hold on to one another across pages that stay behind.
+    std::set<QPDFObjGen> lists; // which pages of a damaged file share
     for (const std::size_t index : context.pages.kept()) {
         QPDFObjectHandle page = context.pages.sourcePage(index);
         QPDFObjectHandle beads = page.getKeyIfDict("/B");
         if (!beads.isArray()) {
             continue;
         }
-        std::vector<QPDFObjectHandle> staying;
-        for (const QPDFObjectHandle& bead : beads.getArrayAsVector()) {
-            if (living.contains(bead.getObjGen())) {
-                staying.push_back(bead);
+        if (!beads.isIndirect() || lists.insert(beads.getObjGen()).second) {
+            std::vector<QPDFObjectHandle> staying;
+            for (const QPDFObjectHandle& bead : beads.getArrayAsVector()) {
+                if (living.contains(bead.getObjGen())) {
+                    staying.push_back(bead);
+                }
             }
+            beads.setArrayFromVector(staying);
         }
-        if (staying.empty()) {
+        if (beads.getArrayNItems() == 0) {
             page.removeKey("/B");
-        } else {
-            page.replaceKey("/B", QPDFObjectHandle::newArray(staying));
         }
     }
 }

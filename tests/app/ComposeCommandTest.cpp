@@ -41,7 +41,12 @@ protected:
                                                return (folder / "out").string();
                                            },
                                            stop.get_token(),
-                                           []() { return 130; }});
+                                           []() { return 130; },
+                                           false,
+                                           [this](const fs::path& file, std::size_t pages) {
+                                               damage(file);
+                                               return verifyPDF(file, pages);
+                                           }});
         const int status = command.run();
         report = nlohmann::json::parse(results.str());
         return status;
@@ -49,6 +54,8 @@ protected:
 
     const tests::TemporaryFolder folder;
     const tests::EnvironmentVariable temporary{"TMPDIR", folder.path().string()};
+    /// What happens to an output between its writing and its verification.
+    std::function<void(const fs::path&)> damage = [](const fs::path&) {};
     std::stop_source stop;
     ComposeRequest composing;
     std::ostringstream results;
@@ -116,6 +123,43 @@ TEST_F(ComposeCommandTest, TheFolderForCopiesIsGoneAfterwards) {
               exit_status::done);
     EXPECT_TRUE(wasThere);
     EXPECT_THAT(folder.names(), ElementsAre("a.pdf", "out"));
+}
+
+TEST_F(ComposeCommandTest, AnOutputThatTurnsOutWrongIsToldAndFailsTheCommand) {
+    const fs::path other = tests::TestPDF("other", 3).writeTo(folder / "other.pdf");
+    request("A.pdf", tests::TestPDF("a", 2).writeTo(folder / "a.pdf"));
+    request("B.pdf", folder / "a.pdf");
+    composing.verify = true;
+    damage = [&other](const fs::path& file) {
+        if (file.filename() == "A.pdf") {
+            fs::copy_file(other, file, fs::copy_options::overwrite_existing);
+        }
+    };
+    EXPECT_EQ(run([]() {}), exit_status::notWritten);
+    const std::string file = (folder / "out" / "A.pdf").string();
+    EXPECT_EQ(troubles.str(), "A.pdf did not pass the verification.\n  " + file +
+                                  ": it has 3 pages instead of 2\n");
+    EXPECT_EQ(report["status"], exit_status::notWritten);
+    ASSERT_EQ(report["failed"].size(), 1U);
+    EXPECT_EQ(report["failed"][0]["file"], file);
+    EXPECT_EQ(report["failed"][0]["reason"], "it has 3 pages instead of 2");
+}
+
+TEST_F(ComposeCommandTest, AnOutputThatCannotBeReadBackIsToldAndFailsTheCommand) {
+    request("A.pdf", tests::TestPDF("a", 2).writeTo(folder / "a.pdf"));
+    composing.verify = true;
+    damage = [](const fs::path& file) { tests::writeFile(file, "no longer a PDF"); };
+    EXPECT_EQ(run([]() {}), exit_status::notWritten);
+    EXPECT_THAT(troubles.str(), HasSubstr("A.pdf did not pass the verification.\n"));
+    EXPECT_EQ(report["failed"].size(), 1U);
+}
+
+TEST_F(ComposeCommandTest, AnOutputIsReadBackOnlyOnRequest) {
+    request("A.pdf", tests::TestPDF("a", 2).writeTo(folder / "a.pdf"));
+    bool wasRead = false;
+    damage = [&wasRead](const fs::path&) { wasRead = true; };
+    EXPECT_EQ(run([]() {}), exit_status::done);
+    EXPECT_FALSE(wasRead);
 }
 
 TEST_F(ComposeCommandTest, WithoutAFolderForCopiesTheWorkIsDoneAllTheSame) {

@@ -1,16 +1,26 @@
 #include "tests/platform/pdf/carrying/Composition.h"
 
 #include "platform/pdf/PDFVerifier.h"
+#include "tests/corpus/IsolatedRun.h"
 #include "tests/platform/pdf/carrying/Program.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <utility>
 
 namespace quillorn::tests {
+
+namespace {
+
+/// Some ten times what the slowest of them takes. Memory is not limited under a sanitizer.
+constexpr corpus::IsolationLimits writeLimits{80, std::uint64_t{2} << 30U};
+
+} // namespace
 
 Composition::Source Composition::source(const std::string& fileName,
                                         const TestPDF& document) const {
@@ -43,19 +53,56 @@ Composition& Composition::addBlank() {
     return *this;
 }
 
-std::filesystem::path Composition::writeUnchecked(const std::string& fileName) {
-    const std::filesystem::path target = m_folder / fileName;
-    const std::vector<PDFPageReference> pages = std::exchange(m_pages, {});
+Composition::Outcome Composition::written(const std::vector<PDFPageReference>& pages,
+                                          const std::filesystem::path& target) const {
     auto written = writePDF(pages, target, m_options);
     if (!written) {
         throw std::runtime_error("cannot write: " + written.error().reason);
     }
-    m_report = std::move(*written);
-    const auto verified = verifyPDF(target, pages.size());
+    auto verified = verifyPDF(target, pages.size());
     if (!verified) {
         throw std::runtime_error("cannot verify: " + verified.error().reason);
     }
-    for (const std::string& problem : verified->problems) {
+    return {std::move(*written), std::move(verified->problems)};
+}
+
+Composition::Outcome Composition::writtenWithinLimits(const std::vector<PDFPageReference>& pages,
+                                                      const std::filesystem::path& target) const {
+    const corpus::IsolatedRun run = corpus::runIsolated(
+        [&]() {
+            const Outcome outcome = written(pages, target);
+            nlohmann::json answer{{"pages", outcome.report.pages},
+                                  {"bytes", outcome.report.bytes},
+                                  {"problems", outcome.problems},
+                                  {"notes", nlohmann::json::array()}};
+            for (const PDFCarryNote& note : outcome.report.notes) {
+                answer["notes"].push_back({{"kind", static_cast<int>(note.kind)},
+                                           {"file", note.file.string()},
+                                           {"count", note.count},
+                                           {"example", note.example}});
+            }
+            return answer.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+        },
+        writeLimits);
+    if (!run.finished) {
+        throw std::runtime_error("cannot write: " + run.report);
+    }
+    const auto answer = nlohmann::json::parse(run.report);
+    Outcome outcome{{target, answer["pages"], answer["bytes"], {}}, answer["problems"]};
+    for (const auto& note : answer["notes"]) {
+        outcome.report.notes.push_back({static_cast<PDFCarryNote::Kind>(note["kind"].get<int>()),
+                                        note["file"].get<std::string>(), note["count"],
+                                        note["example"]});
+    }
+    return outcome;
+}
+
+std::filesystem::path Composition::writeUnchecked(const std::string& fileName) {
+    const std::filesystem::path target = m_folder / fileName;
+    const std::vector<PDFPageReference> pages = std::exchange(m_pages, {});
+    Outcome outcome = m_limited ? writtenWithinLimits(pages, target) : written(pages, target);
+    m_report = std::move(outcome.report);
+    for (const std::string& problem : outcome.problems) {
         ADD_FAILURE() << problem;
     }
     return target;

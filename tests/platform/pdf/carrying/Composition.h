@@ -36,6 +36,10 @@ public:
     /// The same for sources that make the other program complain: only our own verification.
     [[nodiscard]] std::filesystem::path writeUnchecked(const std::string& fileName = "out.pdf");
 
+    /// From now on each write happens in a process of its own, with so much time and memory as a
+    /// document that was made to waste both may cost; more fails the test.
+    void limitWrites() { m_limited = true; }
+
     [[nodiscard]] PDFWriteOptions& options() { return m_options; }
     /// Of the last write: "link-removed 2; outline-entry-dropped 1 (Title)", by name.
     [[nodiscard]] std::string notes() const;
@@ -43,6 +47,17 @@ public:
     [[nodiscard]] const TemporaryFolder& folder() const { return m_folder; }
 
 private:
+    /// What a write and its verification tell.
+    struct Outcome {
+        PDFWriteReport report;
+        std::vector<std::string> problems;
+    };
+    [[nodiscard]] Outcome written(const std::vector<PDFPageReference>& pages,
+                                  const std::filesystem::path& target) const;
+    [[nodiscard]] Outcome writtenWithinLimits(const std::vector<PDFPageReference>& pages,
+                                              const std::filesystem::path& target) const;
+
+    bool m_limited = false;
     TemporaryFolder m_folder;
     std::vector<PDFPageReference> m_pages;
     PDFWriteOptions m_options;

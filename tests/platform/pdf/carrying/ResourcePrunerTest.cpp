@@ -1,5 +1,5 @@
 #include "tests/platform/pdf/carrying/Composition.h"
-#include "tests/platform/pdf/carrying/RawPDF.h"
+#include "tests/platform/pdf/carrying/HandmadePDF.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,13 +12,13 @@ using testing::ElementsAre;
 constexpr std::size_t heavy = 40'000; ///< bytes of every picture and font here
 constexpr std::size_t light = 8'000;  ///< more than what is around them
 
-std::size_t addPicture(RawPDF& document) {
+std::size_t addPicture(HandmadePDF& document) {
     return document.addStream("/Type /XObject /Subtype /Image /Width 200 /Height 200 "
                               "/BitsPerComponent 8 /ColorSpace /DeviceGray",
                               noise(heavy));
 }
 
-std::size_t addFont(RawPDF& document) {
+std::size_t addFont(HandmadePDF& document) {
     const std::size_t file = document.addStream("", noise(heavy));
     const std::size_t descriptor =
         document.add("<< /Type /FontDescriptor /FontName /Noise /Flags 4 /FontFile2 " +
@@ -27,12 +27,12 @@ std::size_t addFont(RawPDF& document) {
                         referenceTo(descriptor) + " >>");
 }
 
-std::size_t addForm(RawPDF& document, const std::string& data, const std::string& resources) {
+std::size_t addForm(HandmadePDF& document, const std::string& data, const std::string& resources) {
     return document.addStream("/Type /XObject /Subtype /Form /BBox [0 0 9 9] " + resources, data);
 }
 
 /// A page that draws these operators.
-std::size_t addPage(RawPDF& document, const std::string& operators,
+std::size_t addPage(HandmadePDF& document, const std::string& operators,
                     const std::string& entries = "") {
     const std::size_t content = document.addStream("", operators);
     return document.addPage("/Contents " + referenceTo(content) + " " + entries);
@@ -62,7 +62,7 @@ protected:
     [[nodiscard]] std::size_t bytes() const { return composition.report().bytes; }
 
     Composition composition;
-    RawPDF document;
+    HandmadePDF document;
 };
 
 TEST_F(Pruning, LeavesPicturesAndFontsBehindThatNoPageDraws) {

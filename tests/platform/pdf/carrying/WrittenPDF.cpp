@@ -199,17 +199,28 @@ void WrittenPDF::addOutline(const Json& first, std::size_t depth, std::string& l
 }
 
 std::map<std::string, std::string> WrittenPDF::fields() const {
+    std::map<std::string, std::string> pages; // " 1 3", by annotation
+    for (std::size_t page = 1; page <= m_pages.size(); ++page) {
+        if (const Json list = entry(this->page(page), "/Annots"); list.is_array()) {
+            for (const Json& annotation : list) {
+                if (isReference(annotation)) {
+                    pages[annotation.get<std::string>()] += " " + std::to_string(page);
+                }
+            }
+        }
+    }
     std::map<std::string, std::string> all;
     const Json list = entry(entry(catalog(), "/AcroForm"), "/Fields");
     if (list.is_array()) {
         for (const Json& field : list) {
-            addField(field, "", Json::object(), all);
+            addField(field, "", Json::object(), pages, all);
         }
     }
     return all;
 }
 
 void WrittenPDF::addField(const Json& reference, const std::string& prefix, const Json& inherited,
+                          const std::map<std::string, std::string>& widgetPages,
                           std::map<std::string, std::string>& fields) const {
     const Json field = resolved(reference);
     if (!field.is_object()) {
@@ -232,7 +243,7 @@ void WrittenPDF::addField(const Json& reference, const std::string& prefix, cons
         for (const Json& kid : kids) {
             if (entry(kid, "/T").is_string() || !entry(kid, "/Kids").is_null()) {
                 hasFields = true;
-                addField(kid, name, own, fields);
+                addField(kid, name, own, widgetPages, fields);
             } else {
                 widgets.push_back(kid);
             }
@@ -253,14 +264,8 @@ void WrittenPDF::addField(const Json& reference, const std::string& prefix, cons
     }
     line += " on";
     for (const Json& widget : widgets) {
-        std::size_t found = 0;
-        for (std::size_t page = 1; page <= m_pages.size(); ++page) {
-            const Json list = entry(this->page(page), "/Annots");
-            if (list.is_array() && std::find(list.begin(), list.end(), widget) != list.end()) {
-                found = page;
-            }
-        }
-        line += " " + std::to_string(found);
+        const auto pages = widgetPages.find(widget.get<std::string>());
+        line += pages == widgetPages.end() ? " 0" : pages->second;
     }
     std::string& known = fields[name];
     known += (known.empty() ? "" : " & ") + line;

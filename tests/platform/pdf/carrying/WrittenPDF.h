@@ -48,7 +48,8 @@ public:
     /// " closed" behind it when it has children.
     [[nodiscard]] std::string outline() const;
 
-    /// By full name: type, value and pages of the widgets, e.g. "/Tx (value) on 1 3". Fields of
+    /// By full name: type, value and pages of the widgets, e.g. "/Tx (value) on 1 3"
+    /// (0 for a widget of no page). Fields of
     /// one full name that are several objects are joined by " & ".
     [[nodiscard]] std::map<std::string, std::string> fields() const;
 
@@ -64,6 +65,7 @@ private:
     void collectPages(const std::string& reference);
     void addOutline(const Json& first, std::size_t depth, std::string& lines) const;
     void addField(const Json& reference, const std::string& prefix, const Json& inherited,
+                  const std::map<std::string, std::string>& widgetPages,
                   std::map<std::string, std::string>& fields) const;
 
     std::map<std::string, Json> m_objects; ///< by reference

@@ -1,4 +1,4 @@
-#include "tests/platform/pdf/carrying/RawPDF.h"
+#include "tests/platform/pdf/carrying/HandmadePDF.h"
 
 #include "tests/fakes/TemporaryFolder.h"
 #include "tests/platform/pdf/carrying/Composition.h"
@@ -13,24 +13,24 @@
 
 namespace quillorn::tests {
 
-std::size_t RawPDF::add(std::string body) {
+std::size_t HandmadePDF::add(std::string body) {
     m_objects.push_back(std::move(body));
     return m_objects.size();
 }
 
-std::size_t RawPDF::addStream(const std::string& entries, const std::string& data) {
+std::size_t HandmadePDF::addStream(const std::string& entries, const std::string& data) {
     return add("<< " + entries + " /Length " + std::to_string(data.size()) + " >>\nstream\n" +
                data + "\nendstream");
 }
 
-std::size_t RawPDF::addPage(const std::string& entries) {
+std::size_t HandmadePDF::addPage(const std::string& entries) {
     m_pages.push_back(add("<< /Type /Page /Parent 1 0 R " + entries + " >>"));
     return m_pages.back();
 }
 
-std::filesystem::path RawPDF::write(const std::filesystem::path& path,
-                                    const std::string& catalogEntries,
-                                    const std::string& treeEntries) {
+std::filesystem::path HandmadePDF::write(const std::filesystem::path& path,
+                                         const std::string& catalogEntries,
+                                         const std::string& treeEntries) {
     std::string kids;
     for (const std::size_t page : m_pages) {
         kids += referenceTo(page) + " ";

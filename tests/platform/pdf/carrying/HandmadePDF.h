@@ -10,7 +10,7 @@ namespace quillorn::tests {
 
 /// A PDF put together object by object, for documents that no program would write. Nothing is
 /// added by itself but the file's frame: object 1 is the root of the page tree.
-class RawPDF {
+class HandmadePDF {
 public:
     /// Adds an object and returns its number.
     std::size_t add(std::string body = "null");

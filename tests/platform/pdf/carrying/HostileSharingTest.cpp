@@ -1,0 +1,231 @@
+#include "tests/platform/pdf/carrying/HostileDocument.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace quillorn::tests {
+namespace {
+
+using testing::HasSubstr;
+using testing::SizeIs;
+
+/// Something large that many things share. Looked at anew by each of them, or copied for each, a
+/// file of megabytes would take hours or become one of gigabytes.
+class HostileSharing : public HostileDocument {
+protected:
+    static constexpr std::size_t mebibyte = std::size_t{1} << 20U;
+
+    /// "[5 0 R 6 0 R ...]"
+    static std::string references(std::size_t first, std::size_t count) {
+        std::string list = "[";
+        for (std::size_t i = 0; i < count; ++i) {
+            list += referenceTo(first + i) + " ";
+        }
+        return list + "]";
+    }
+};
+
+TEST_F(HostileSharing, AListOfLinksByThousandsOfPagesOneOfWhichIsRepeated) {
+    constexpr std::size_t links = 32'000;
+    constexpr std::size_t pages = 2'000;
+    const std::size_t list = document.add();
+    const std::size_t page = addPages(pages, "/Annots " + referenceTo(list));
+    const std::size_t first = document.next();
+    for (std::size_t i = 0; i < links; ++i) {
+        document.add("<< /Subtype /Link /Rect [0 0 9 9] /Dest [" + referenceTo(page) + " /Fit] >>");
+    }
+    document.set(list, references(first, links));
+    const auto hostile = source();
+    composition.add(hostile).add(hostile, {1});
+    const WrittenPDF file(composition.writeUnchecked());
+    EXPECT_EQ(file.pageCount(), pages + 1);
+    EXPECT_THAT(file.links(1), SizeIs(links));
+    EXPECT_EQ(file.links(1).front(), "p1 /Fit");
+    EXPECT_THAT(composition.notes(), HasSubstr("structure-limited"));
+}
+
+TEST_F(HostileSharing, ADestinationOfThousandsOfItemsByThousandsOfLinks) {
+    constexpr std::size_t links = 32'000;
+    std::string items;
+    for (std::size_t i = 0; i < 100'000; ++i) {
+        items += " 0";
+    }
+    const std::size_t page = document.next();
+    document.addPage("");
+    document.addPage("");
+    const std::size_t target = document.add("[" + referenceTo(page) + " /XYZ" + items + "]");
+    const std::size_t first = document.next();
+    for (std::size_t i = 0; i < links; ++i) {
+        document.add("<< /Subtype /Link /Rect [0 0 9 9] /Dest " + referenceTo(target) + " >>");
+    }
+    document.set(page, "<< /Type /Page /Parent 1 0 R /Annots " + references(first, links) + " >>");
+    const auto hostile = source();
+    writeInEveryWay(hostile);
+    const WrittenPDF file = composition.add(hostile).write();
+    EXPECT_THAT(file.links(1), SizeIs(links));
+    EXPECT_EQ(file.links(1).front(), "p1 /XYZ 0 0 0 0");
+}
+
+TEST_F(HostileSharing, AListOfChildrenByThousandsOfFields) {
+    constexpr std::size_t fields = 20'000;
+    const std::size_t kids = document.add();
+    const std::size_t field = document.next();
+    for (std::size_t i = 0; i < fields; ++i) {
+        document.add("<< /FT /Tx /T (f" + std::to_string(i) + ") /Kids " + referenceTo(kids) +
+                     " >>");
+    }
+    const std::size_t widget = document.next();
+    for (std::size_t i = 0; i < fields; ++i) {
+        document.add("<< /Subtype /Widget /Rect [0 0 9 9] /Parent " + referenceTo(field + i) +
+                     " >>");
+    }
+    document.set(kids, references(widget, fields));
+    document.addPage("/Annots " + referenceTo(kids));
+    document.addPage("");
+    const auto hostile = source("/AcroForm << /Fields " + references(field, fields) + " >>");
+    writeInEveryWay(hostile);
+    const auto written = composition.add(hostile).write().fields();
+    EXPECT_THAT(written, SizeIs(fields));
+    EXPECT_EQ(written.at("f19999"), "/Tx on 1");
+}
+
+TEST_F(HostileSharing, AListOfBeadsByThousandsOfPages) {
+    constexpr std::size_t beads = 50'000;
+    const std::size_t list = document.add();
+    const std::size_t page = addPages(2'000, "/B " + referenceTo(list));
+    const std::size_t thread = document.next();
+    document.add("<< /F " + referenceTo(thread + 1) + " >>");
+    for (std::size_t i = 1; i <= beads; ++i) {
+        document.add("<< /P " + referenceTo(page) + " /N " +
+                     referenceTo(thread + (i < beads ? i + 1 : 1)) + " >>");
+    }
+    document.set(list, references(thread + 1, beads));
+    const auto hostile = source("/Threads [" + referenceTo(thread) + "]");
+    writeInEveryWay(hostile);
+    const WrittenPDF file(composition.add(hostile).writeUnchecked());
+    EXPECT_EQ(file.entry(file.catalog(), "/Threads").size(), 1U);
+    EXPECT_EQ(file.entry(file.page(2'000), "/B").size(), beads);
+    EXPECT_LT(composition.report().bytes, 10 * mebibyte);
+}
+
+TEST_F(HostileSharing, AnActionOfManyStepsOneOfWhichIsLost) {
+    constexpr std::size_t steps = 60;
+    constexpr std::size_t links = 32'000;
+    const std::size_t chain = document.next();
+    for (std::size_t i = 0; i < steps; ++i) {
+        document.add("<< /S /URI /URI (u) /Next " + referenceTo(chain + i + 1) + " >>");
+    }
+    document.add("<< /S /GoTo /D (nowhere) >>");
+    std::string all;
+    for (std::size_t i = 0; i < links; ++i) {
+        all += "<< /Subtype /Link /Rect [0 0 9 9] /A << /S /URI /URI (first) /Next " +
+               referenceTo(chain) + " >> >> ";
+    }
+    document.addPage("/Annots [" + all + "]");
+    document.addPage("");
+    const auto hostile = source();
+    writeInEveryWay(hostile);
+    EXPECT_THAT(composition.notes(), HasSubstr("structure-limited"));
+    const WrittenPDF file(composition.add(hostile).writeUnchecked());
+    EXPECT_THAT(file.links(1), SizeIs(links));
+    EXPECT_LT(composition.report().bytes, 20 * mebibyte);
+}
+
+TEST_F(HostileSharing, AListOfFieldsByThousandsOfActions) {
+    constexpr std::size_t fields = 20'000;
+    constexpr std::size_t buttons = 10'000;
+    const std::size_t list = document.add();
+    std::string names;
+    const std::size_t field = document.next();
+    for (std::size_t i = 0; i < fields; ++i) {
+        const std::string name = "(f" + std::to_string(i) + ")";
+        names += name + " ";
+        document.add("<< /Subtype /Widget /Rect [0 0 9 9] /FT /Tx /T " + name + " >>");
+    }
+    document.set(list, "[" + names + "(not there)]");
+    const std::size_t button = document.next();
+    for (std::size_t i = 0; i < buttons; ++i) {
+        document.add("<< /Subtype /Link /Rect [0 0 9 9] /A << /S /ResetForm /Fields " +
+                     referenceTo(list) + " >> >>");
+    }
+    document.addPage("/Annots " + references(field, fields + buttons));
+    document.addPage("");
+    ASSERT_EQ(button, field + fields);
+    const auto hostile = source("/AcroForm << /Fields " + references(field, fields) + " >>");
+    writeInEveryWay(hostile);
+    const WrittenPDF file = composition.add(hostile).write();
+    const auto last = file.entry(file.annotations(1).back(), "/A");
+    EXPECT_EQ(file.entry(last, "/Fields").size(), fields);
+    EXPECT_LT(composition.report().bytes, 10 * mebibyte);
+}
+
+TEST_F(HostileSharing, TextsOfAMegabyteByThousandsOfFieldsAndPages) {
+    constexpr std::size_t fields = 20'000;
+    const std::string text = "(" + std::string(mebibyte, 'x') + ")";
+    const std::size_t shared = document.add(text);
+    const std::size_t top = document.add("<< /T " + referenceTo(shared) + " >>");
+    const std::size_t field = document.next();
+    for (std::size_t i = 0; i < fields; ++i) {
+        document.add("<< /Subtype /Widget /Rect [0 0 9 9] /FT /Tx /T (f" + std::to_string(i) + ")" +
+                     (i % 2 == 0 ? " /Parent " + referenceTo(top) : std::string()) + " >>");
+    }
+    document.addPage("/Annots " + references(field, fields) +
+                     " /AA << /O << /S /ResetForm /Fields [(x.f1) (f1)] >> >>");
+    addPages(500);
+    std::string labels;
+    for (std::size_t i = 0; i < 500; ++i) {
+        labels += std::to_string(i) + " << /S /D /P " + referenceTo(shared) + " >> ";
+    }
+    const auto hostile = source("/AcroForm << /Fields " + references(field, fields) + " /DA " +
+                                text + " >> /PageLabels << /Nums [" + labels + "] >>");
+    writeInEveryWay(hostile);
+    static_cast<void>(composition.add(hostile).writeUnchecked());
+    EXPECT_LT(composition.report().bytes, 10 * mebibyte);
+}
+
+TEST_F(HostileSharing, AListOfLayersByThousandsOfRules) {
+    constexpr std::size_t layers = 20'000;
+    const std::size_t group = document.next();
+    for (std::size_t i = 0; i < layers; ++i) {
+        document.add("<< /Type /OCG /Name (n) >>");
+    }
+    const std::size_t all = document.add(references(group, layers));
+    const std::size_t order = document.next();
+    document.add("[" + referenceTo(order) + " " + referenceTo(order) + " " + referenceTo(group) +
+                 "]");
+    std::string rules;
+    for (std::size_t i = 0; i < layers; ++i) {
+        rules += "<< /Event /Print /Category [/Print] /OCGs " + referenceTo(all) + " >> ";
+    }
+    addPages(3, "/Resources << /Properties << /P " + referenceTo(group) + " /Q " +
+                    referenceTo(all) + " >> >>");
+    writeInEveryWay(source("/OCProperties << /OCGs " + referenceTo(all) + " /D << /Order " +
+                           referenceTo(order) + " /AS [" + rules + "] >> >>"));
+}
+
+TEST_F(HostileSharing, AProfileByThousandsOfOutputIntents) {
+    const std::size_t profile =
+        document.addStream("/N 3 /Filter /FlateDecode", deflatedZeros(60 * mebibyte));
+    std::string intents;
+    for (std::size_t i = 0; i < 2'000; ++i) {
+        intents += "<< /S /GTS_PDFX /DestOutputProfile " + referenceTo(profile) + " >> ";
+    }
+    addPages(2);
+    writeInEveryWay(source("/OutputIntents [" + intents + "]"));
+}
+
+TEST_F(HostileSharing, APacketThatStatesTheSameThroughout) {
+    std::string packet = "<x:xmpmeta xmlns:x='adobe:ns:meta/'>";
+    for (std::size_t i = 0; i < 200'000; ++i) {
+        packet += "<pdf:Producer>a</pdf:Producer><pdfaid:part>1</pdfaid:part>";
+    }
+    addPages(2);
+    const std::size_t metadata = document.addStream("/Type /Metadata /Subtype /XML", packet);
+    writeInEveryWay(source("/Metadata " + referenceTo(metadata)));
+    const auto hostile = source("/Metadata " + referenceTo(metadata));
+    static_cast<void>(composition.add(hostile).write());
+    EXPECT_EQ(composition.notes(), "conformance-dropped 1");
+}
+
+} // namespace
+} // namespace quillorn::tests
