@@ -29,10 +29,10 @@ int CommandLineProgram::runCommand(ComposeRequest& request) {
     if (auto read = readPasswordFiles(request); !read) {
         return refuse(read.error());
     }
-    m_compose.emplace(std::move(request),
-                      ComposeCommand::Surroundings{
-                          m_process.output, m_process.defaultOutputFolder, m_process.watchForStop(),
-                          m_process.interruptedStatus, m_process.endsAfterwards});
+    m_compose.emplace(std::move(request), ComposeCommand::Surroundings{
+                                              m_process.output, m_process.defaultOutputFolder,
+                                              m_process.watchForStop(), m_process.interruptedStatus,
+                                              m_process.endsAfterwards, m_process.workerFolder});
     return m_compose->run();
 }
 

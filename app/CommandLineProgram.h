@@ -3,6 +3,7 @@
 #include "app/CommandOutput.h"
 #include "app/ComposeCommand.h"
 
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -22,6 +23,7 @@ public:
         std::function<std::stop_token()> watchForStop;    ///< called before a long job
         std::function<int()> interruptedStatus;           ///< exit status once asked to stop
         bool endsAfterwards = false;                      ///< right after the command
+        std::filesystem::path workerFolder{};             ///< of the programs that decode images
     };
 
     explicit CommandLineProgram(Process process) : m_process(std::move(process)) {}

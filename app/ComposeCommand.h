@@ -4,6 +4,7 @@
 #include "app/ComposeInputs.h"
 #include "app/ComposeReport.h"
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <stop_token>
@@ -24,6 +25,7 @@ public:
         std::stop_token stop;
         std::function<int()> interruptedStatus; ///< the exit status once `stop` was requested
         bool processEndsAfterwards = false;     ///< so memory need not be given back
+        std::filesystem::path workerFolder{};   ///< of the programs that decode images
     };
 
     /// Passwords are given as text (PasswordFiles.h).

@@ -1,6 +1,7 @@
 #include "app/CommandLineProgram.h"
 #include "app/ExitStatus.h"
 #include "app/Interrupts.h"
+#include "app/ProgramFolder.h"
 #include "app/StoredPreferences.h"
 #include "composer/OutputFolder.h"
 #include "platform/files/FileDescriptor.h"
@@ -64,7 +65,8 @@ int main(int argc, char** argv) {
                                               defaultOutputFolder,
                                               quillorn::Interrupts::watch,
                                               quillorn::Interrupts::exitStatus,
-                                              endsAfterwards});
+                                              endsAfterwards,
+                                              quillorn::programFolder()});
         const int status =
             runProgram(program, std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
         if (endsAfterwards) {
