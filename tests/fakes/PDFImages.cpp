@@ -86,9 +86,9 @@ TestPixels cropped(const TestPixels& pixels, std::size_t left, std::size_t top, 
 
 TestPixels pictureIn(const std::filesystem::path& file) {
     const TemporaryFolder folder;
-    convertImage(
-        file.string() + "[0]", folder / "picture.ppm",
-        {"-background", "white", "-alpha", "remove", "-colorspace", "sRGB", "-depth", "8"});
+    convertImage(file.string() + "[0]", folder / "picture.ppm",
+                 {"-background", "white", "-alpha", "remove", "-colorspace", "sRGB", "-strip",
+                  "-depth", "8"});
     return pixelsOfPPM(readFile(folder / "picture.ppm"));
 }
 
