@@ -34,8 +34,8 @@ std::string extensionOf(const fs::path& path) {
     return extension.empty() ? extension : extension.substr(1);
 }
 
-ReadImage readImage(ImageFormat format, const ImageFacts& facts,
-                    std::variant<JPEGImage, JPEG2000Image, PackedImage, VectorImage> content) {
+/// What the facts say of an image; its content is still to come.
+ReadImage imageWith(ImageFormat format, const ImageFacts& facts) {
     const ImageDensity density =
         facts.density.isUsable() ? facts.density : ImageDensity{pointsPerInch, pointsPerInch};
     ReadImage image;
@@ -46,7 +46,6 @@ ReadImage readImage(ImageFormat format, const ImageFacts& facts,
     if (facts.orientation >= firstSidewaysOrientation) {
         std::swap(image.width, image.height);
     }
-    image.content = std::move(content);
     return image;
 }
 
@@ -145,9 +144,7 @@ ImageResult<ReadImage> ImageReader::read(const fs::path& path, const std::stop_t
 }
 
 ImageResult<ReadImage> ImageReader::readAs(ImageFormat format, File& file) const {
-    const auto decodeWithFacts = [&](const std::optional<ImageFacts>& facts, bool qtFirst) {
-        return decode(format, facts.value_or(ImageFacts()), file, qtFirst);
-    };
+    constexpr ImageFacts unknown;
     switch (format) {
     case ImageFormat::jpeg:
         return readJPEG(file);
@@ -160,23 +157,23 @@ ImageResult<ReadImage> ImageReader::readAs(ImageFormat format, File& file) const
     case ImageFormat::icns:
         return readICNS(file);
     case ImageFormat::bmp:
-        return decodeWithFacts(readBMPHeader(file.bytes), true);
+        return decode(format, readBMPHeader(file.bytes).value_or(unknown), file, true);
     case ImageFormat::gif:
-        return decodeWithFacts(readGIFHeader(file.bytes), true);
+        return decode(format, readGIFHeader(file.bytes).value_or(unknown), file, true);
     case ImageFormat::webp:
-        return decodeWithFacts(readWebPHeader(file.bytes), true);
+        return decode(format, readWebPHeader(file.bytes).value_or(unknown), file, true);
     case ImageFormat::psd:
-        return decodeWithFacts(readPSDHeader(file.bytes), false);
+        return decode(format, readPSDHeader(file.bytes).value_or(unknown), file, false);
     case ImageFormat::tga:
-        return decodeWithFacts(readTGAHeader(file.bytes), true);
+        return decode(format, readTGAHeader(file.bytes).value_or(unknown), file, true);
     case ImageFormat::heif:
     case ImageFormat::avif:
-        return decodeWithFacts(std::nullopt, false);
+        return decode(format, unknown, file, false);
     case ImageFormat::ico:
     case ImageFormat::svg:
         break;
     }
-    return decodeWithFacts(std::nullopt, true);
+    return decode(format, unknown, file, true);
 }
 
 ImageResult<ReadImage> ImageReader::readJPEG(File& file) const {
@@ -187,8 +184,9 @@ ImageResult<ReadImage> ImageReader::readJPEG(File& file) const {
     if (!facts->suitsPDF() || !m_limits.allowSize(facts->width, facts->height)) {
         return decode(ImageFormat::jpeg, *facts, file);
     }
-    const ImageFacts plain = *facts;
-    return readImage(ImageFormat::jpeg, plain, JPEGImage{std::move(*facts), std::move(file.bytes)});
+    ReadImage image = imageWith(ImageFormat::jpeg, *facts);
+    image.content = JPEGImage{std::move(*facts), std::move(file.bytes)};
+    return image;
 }
 
 ImageResult<ReadImage> ImageReader::readJPEG2000(File& file) const {
@@ -206,9 +204,9 @@ ImageResult<ReadImage> ImageReader::readJPEG2000(File& file) const {
     } else {
         data = std::move(file.bytes);
     }
-    const ImageFacts plain = *facts;
-    return readImage(ImageFormat::jpeg2000, plain,
-                     JPEG2000Image{std::move(*facts), std::move(data)});
+    ReadImage image = imageWith(ImageFormat::jpeg2000, *facts);
+    image.content = JPEG2000Image{std::move(*facts), std::move(data)};
+    return image;
 }
 
 ImageResult<ReadImage> ImageReader::readPNG(File& file) const {
@@ -229,7 +227,9 @@ ImageResult<ReadImage> ImageReader::readPNG(File& file) const {
         image.palette.assign(facts->palette.begin(), facts->palette.end());
     }
     image.iccProfile = unpackedProfile(*facts);
-    return readImage(ImageFormat::png, *facts, std::move(image));
+    ReadImage result = imageWith(ImageFormat::png, *facts);
+    result.content = std::move(image);
+    return result;
 }
 
 ImageResult<ReadImage> ImageReader::readTIFF(File& file) const {
@@ -304,7 +304,9 @@ ImageResult<ReadImage> ImageReader::decode(ImageFormat format, const ImageFacts&
     actual.width = pixels.width;
     actual.height = pixels.height;
     actual.density = facts.density.isUsable() ? facts.density : pixels.density;
-    return readImage(format, actual, std::move(pixels));
+    ReadImage image = imageWith(format, actual);
+    image.content = std::move(pixels);
+    return image;
 }
 
 } // namespace quillorn

@@ -20,8 +20,6 @@
 #include <utility>
 #include <vector>
 
-extern char** environ; // POSIX wants it declared by whoever uses it
-
 namespace quillorn {
 
 namespace {
@@ -102,6 +100,7 @@ public:
                                           number(job.limits.workerProcessorTime.count()),
                                           number(::getpid())};
         std::vector<char*> arguments;
+        arguments.reserve(words.size() + 1);
         for (std::string& word : words) {
             arguments.push_back(word.data());
         }

@@ -275,7 +275,7 @@ PDFResult<void> writeImagePage(const PDFImagePage& page, const std::filesystem::
     const PDFError::Kind kind = std::holds_alternative<PDFDrawing>(page.content)
                                     ? PDFError::Kind::notPDF
                                     : PDFError::Kind::cannotWrite;
-    const auto written = guardLibrary(kind, target, [&]() -> PDFResult<void> {
+    auto written = guardLibrary(kind, target, [&]() -> PDFResult<void> {
         ImageDocument document;
         document.add(page);
         try {
