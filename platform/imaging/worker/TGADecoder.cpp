@@ -16,7 +16,7 @@ namespace quillorn::worker {
 
 namespace {
 
-// Truevision TGA file format specification, version 2.0.
+// As in version 2.0 of the Truevision TGA format.
 constexpr std::size_t headerSize = 18;
 constexpr std::uint8_t runLengthFlag = 8;
 constexpr std::uint8_t rightToLeftFlag = 0x10;
