@@ -37,7 +37,7 @@ struct JPEGOutput {
     JPEGOutput() = default;
     JPEGOutput(const JPEGOutput&) = delete;
     JPEGOutput& operator=(const JPEGOutput&) = delete;
-    ~JPEGOutput() { std::free(data); } // NOLINT(cppcoreguidelines-no-malloc): libjpeg's
+    ~JPEGOutput() { std::free(data); } // NOLINT: libjpeg's own
 };
 
 std::uint8_t rounded(std::size_t part, std::size_t whole) {
@@ -108,7 +108,8 @@ Difference differenceOf(const TestPixels& one, const TestPixels& other) {
     return difference;
 }
 
-TestPNG::TestPNG(std::size_t width, std::size_t height, int bits, int colourType, std::string rows)
+TestPNG::TestPNG(std::size_t width, std::size_t height, int bits, int colourType,
+                 const std::string& rows)
     : m_width(width), m_height(height), m_bits(bits), m_colourType(colourType) {
     const std::size_t rowBytes = height > 0 ? rows.size() / height : 0;
     for (std::size_t y = 0; y < height; ++y) {

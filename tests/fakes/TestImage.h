@@ -42,7 +42,8 @@ struct Difference {
 class TestPNG {
 public:
     /// `colourType` as PNG numbers it; `rows` are the packed samples without filters.
-    TestPNG(std::size_t width, std::size_t height, int bits, int colourType, std::string rows);
+    TestPNG(std::size_t width, std::size_t height, int bits, int colourType,
+            const std::string& rows);
     /// Of 8 bits a sample, with as many channels as the pixels have (1 to 4).
     explicit TestPNG(const TestPixels& pixels);
 

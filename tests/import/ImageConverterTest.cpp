@@ -281,13 +281,13 @@ TEST_F(ImageConverterTest, SixteenBitsStaySixteenBits) {
         const auto row = imageListOf(pdf).at(0);
         EXPECT_EQ(row.at(5), "gray");
         EXPECT_EQ(row.at(7), "16");
-        EXPECT_NEAR(middle(pdf, 61, 42).at(60, 41, 0), (61 * 42 - 1) * 25 / 257, 1);
+        EXPECT_NEAR(middle(pdf, 61, 42).at(60, 41, 0), (61 * 42 - 1) * 25 / 257.0, 1);
     }
 }
 
 TEST_F(ImageConverterTest, AlphaLetsThePageShow) {
     TestPixels pixels{61, 42, 4, {}};
-    for (std::size_t i = 0; i < 61 * 42; ++i) {
+    for (std::size_t i = 0; i < std::size_t{61} * 42; ++i) {
         const auto alpha = static_cast<std::uint8_t>(i % 61 < 20 ? 0 : i % 61 < 40 ? 128 : 255);
         pixels.samples.insert(pixels.samples.end(), {200, 0, 0, alpha});
     }

@@ -18,7 +18,8 @@ using Coding = PackedPlane::Coding;
 /// The rows of a plane as a PNG reader gets them back.
 std::vector<std::uint8_t> unpacked(const PackedPlane& plane, std::size_t width,
                                    std::size_t height) {
-    const auto bits = static_cast<std::size_t>(plane.components * plane.bitsPerComponent);
+    const auto bits = static_cast<std::size_t>(plane.components) *
+                      static_cast<std::size_t>(plane.bitsPerComponent);
     const std::size_t row = (width * bits + 7) / 8;
     const std::size_t step = std::max<std::size_t>(1, bits / 8);
     std::vector<std::uint8_t> filtered((row + 1) * height);
@@ -121,7 +122,8 @@ TEST(PixelPacking, FewColoursBecomeAPaletteOfFewBits) {
             const auto shift = static_cast<unsigned>(8 - bits) -
                                static_cast<unsigned>(x % perByte) * static_cast<unsigned>(bits);
             const unsigned index = byte >> shift & ((1U << static_cast<unsigned>(bits)) - 1);
-            ASSERT_EQ(static_cast<std::uint8_t>(image.palette[3 * index]), original.samples[3 * i]);
+            ASSERT_EQ(static_cast<std::uint8_t>(image.palette[std::size_t{3} * index]),
+                      original.samples[3 * i]);
         }
     }
     Raster<std::uint8_t> many{257, 1, 3, false, {}};
@@ -149,7 +151,7 @@ TEST(PixelPacking, BlackAndWhiteIsCodedLikeAFaxWhereThatIsSmaller) {
     page.samples.assign(page.pixels(), 255);
     std::mt19937 random(7);
     for (std::size_t stroke = 0; stroke < 3000; ++stroke) {
-        const std::size_t start = random() % (page.pixels() - 5 * 1700);
+        const std::size_t start = random() % (page.pixels() - std::size_t{5} * 1700);
         for (std::size_t line = 0; line < 4; ++line) {
             for (std::size_t i = 0; i < 6 + random() % 2; ++i) {
                 page.samples[start + line * 1700 + i] = 0;
