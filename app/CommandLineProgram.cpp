@@ -39,10 +39,10 @@ int CommandLineProgram::runCommand(ComposeRequest& request) {
         }
     }
     m_process.prepareForInputs(sizeOfFiles(files));
-    m_compose.emplace(std::move(request),
-                      ComposeCommand::Surroundings{
-                          m_process.output, m_process.defaultOutputFolder, m_process.watchForStop(),
-                          m_process.interruptedStatus, m_process.endsAfterwards});
+    m_compose.emplace(std::move(request), ComposeCommand::Surroundings{
+                                              m_process.output, m_process.defaultOutputFolder,
+                                              m_process.watchForStop(), m_process.interruptedStatus,
+                                              m_process.endsAfterwards, m_process.workerFolder});
     return m_compose->run();
 }
 

@@ -4,6 +4,7 @@
 #include "app/ComposeCommand.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -24,7 +25,8 @@ public:
         std::function<int()> interruptedStatus;           ///< exit status once asked to stop
         /// Called before the files, of so many bytes in all, are read.
         std::function<void(std::uint64_t)> prepareForInputs;
-        bool endsAfterwards = false; ///< right after the command
+        bool endsAfterwards = false;          ///< right after the command
+        std::filesystem::path workerFolder{}; ///< of the programs that decode images
     };
 
     explicit CommandLineProgram(Process process) : m_process(std::move(process)) {}

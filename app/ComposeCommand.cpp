@@ -44,10 +44,14 @@ void ComposeCommand::work() {
     // notices a rewrite in place only afterwards.
     const auto privateFolder = PrivateFolder::create();
     std::optional<SnapshotPolicy> snapshots;
+    std::optional<ComposeConversions> conversions;
     if (privateFolder) {
         snapshots = SnapshotPolicy{privateFolder->path(), copyLimit};
+        conversions =
+            ComposeConversions{ImageReader(m_surroundings.workerFolder), privateFolder->path()};
     }
-    m_inputs = std::make_unique<ComposeInputs>(PDFIntake(std::move(snapshots)));
+    m_inputs =
+        std::make_unique<ComposeInputs>(PDFIntake(std::move(snapshots)), std::move(conversions));
     m_plan = m_inputs->plan(m_request, m_surroundings.stop);
     if (m_surroundings.stop.stop_requested()) {
         interrupt();

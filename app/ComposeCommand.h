@@ -27,6 +27,7 @@ public:
         std::stop_token stop;
         std::function<int()> interruptedStatus; ///< the exit status once `stop` was requested
         bool processEndsAfterwards = false;     ///< so memory need not be given back
+        std::filesystem::path workerFolder{};   ///< of the programs that decode images
         /// Reads an output back when that is asked for.
         std::function<PDFResult<PDFVerification>(const std::filesystem::path&, std::size_t)>
             verify = verifyPDF;

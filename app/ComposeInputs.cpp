@@ -49,6 +49,7 @@ selectedPages(const std::string& path, const FileRequest& file, std::size_t page
 
 ComposePlan ComposeInputs::plan(const ComposeRequest& request, const std::stop_token& stop) {
     m_plan = {};
+    m_stop = stop;
     for (const GroupRequest& requested : request.groups) {
         OutputGroup group{requested.name, std::make_unique<PDFDocument>()};
         bool accepted = false;
@@ -107,11 +108,18 @@ ComposeInputs::Source ComposeInputs::open(const std::string& path, const FileReq
     // The entries of a folder are opened as they are, as PDFs.
     const FileRoute route =
         path == file.path && exists(path) ? commandLineRoute(path) : FileRoute::pdf;
-    if (route != FileRoute::pdf) {
+    std::string pdf = path;
+    if (route == FileRoute::image) {
+        auto converted = convertImage(path);
+        if (!converted) {
+            return refuse(std::move(converted.error()));
+        }
+        pdf = std::move(*converted);
+    } else if (route != FileRoute::pdf) {
         return refuse(ImportRefusal::make(Kind::needsConverter, path,
                                           std::string(missingConverterReason(route))));
     }
-    auto opened = m_intake.open(path, file.password.text);
+    auto opened = m_intake.open(pdf, file.password.text);
     if (!opened) {
         return refuse(std::move(opened.error()));
     }
@@ -122,6 +130,24 @@ ComposeInputs::Source ComposeInputs::open(const std::string& path, const FileReq
     }
     place->second = std::move(*counted);
     return place->second;
+}
+
+ImportResult<std::string> ComposeInputs::convertImage(const std::string& path) {
+    if (!m_conversions) {
+        return tl::unexpected(ImportRefusal::make(
+            Kind::needsConverter, path, "there is no folder for temporary files to convert it in"));
+    }
+    // A folder for each: images of the same name from different places must not meet.
+    const std::filesystem::path folder =
+        m_conversions->folder / std::to_string(++m_conversionCount);
+    std::error_code error;
+    std::filesystem::create_directory(folder, error);
+    if (error) {
+        return tl::unexpected(
+            ImportRefusal::make(Kind::needsConverter, path,
+                                folder.string() + " cannot be made: " + errnoText(error.value())));
+    }
+    return ImageConverter(m_conversions->images, folder).image2PDF(path, m_stop);
 }
 
 ComposeInputs::Source ComposeInputs::refuse(ImportRefusal refusal) {

@@ -2,8 +2,11 @@
 
 #include "app/CommandLine.h"
 #include "composer/OutputGroup.h"
+#include "import/ImageConverter.h"
 #include "import/PDFIntake.h"
 
+#include <cstddef>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
@@ -22,11 +25,20 @@ struct ComposePlan {
     std::vector<UsageError> usageErrors; ///< page ranges that do not fit their files
 };
 
+/// What turns files that are no PDF into one.
+struct ComposeConversions {
+    ImageReader images;
+    std::filesystem::path folder; ///< exists, is our own, and holds what was converted
+};
+
 /// Opens the files of a `compose` request, each once however often it is named, and lists the
 /// pages of every group. Checks all of them before anything is written.
 class ComposeInputs {
 public:
-    explicit ComposeInputs(PDFIntake intake) : m_intake(std::move(intake)) {}
+    /// Without conversions only PDFs are taken.
+    explicit ComposeInputs(PDFIntake intake,
+                           std::optional<ComposeConversions> conversions = std::nullopt)
+        : m_intake(std::move(intake)), m_conversions(std::move(conversions)) {}
 
     /// Passwords are given as text (PasswordFiles.h). Ends early when `stop` is requested.
     [[nodiscard]] ComposePlan plan(const ComposeRequest& request, const std::stop_token& stop);
@@ -38,9 +50,14 @@ private:
     void addFile(const FileRequest& file, OutputGroup& group, bool& accepted, bool json);
     /// The source at `path`; null when it was refused, which is noted the first time.
     Source open(const std::string& path, const FileRequest& file);
+    /// The path of the PDF that an image became.
+    ImportResult<std::string> convertImage(const std::string& path);
     Source refuse(ImportRefusal refusal);
 
     PDFIntake m_intake;
+    std::optional<ComposeConversions> m_conversions;
+    std::size_t m_conversionCount = 0;
+    std::stop_token m_stop;
     std::map<Key, Source> m_opened; ///< null for refused ones
     ComposePlan m_plan;
 };

@@ -14,7 +14,7 @@ Usage:
   quillorn-folivane --help
 
 Commands:
-  compose    write PDF files made of pages of the given files
+  compose    write PDF files made of pages of the given PDFs and images
   info       tell about PDF files: pages, size, locks, permissions, page labels
 
 "quillorn-folivane compose --help" and "quillorn-folivane info --help" tell more.
@@ -31,6 +31,10 @@ Usage:
 Each --group becomes one PDF of that name in the output folder; a file of that
 name is replaced. Its pages are those of its FILEs in the order given. A FILE may
 be named any number of times, and may be the very file that is replaced.
+
+A FILE is a PDF or an image (JPEG, PNG, TIFF, GIF, BMP, JPEG 2000, WebP, HEIC, AVIF,
+PSD, TGA, ICO, ICNS, SVG), known by its extension, or by its content when it has none.
+An image becomes one page of 595 x 800 points; of several in one file the first counts.
 
 Options:
   --output-folder DIR    write into DIR, which is made if it is missing. Without it,

@@ -2,6 +2,7 @@
 #include "app/ExitStatus.h"
 #include "app/Interrupts.h"
 #include "app/MemoryLimit.h"
+#include "app/ProgramFolder.h"
 #include "app/StoredPreferences.h"
 #include "composer/OutputFolder.h"
 #include "platform/files/FileDescriptor.h"
@@ -75,7 +76,8 @@ int main(int argc, char** argv) {
                                               quillorn::Interrupts::watch,
                                               quillorn::Interrupts::exitStatus,
                                               prepareForInputs,
-                                              endsAfterwards});
+                                              endsAfterwards,
+                                              quillorn::programFolder()});
         const int status =
             runProgram(program, std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
         if (endsAfterwards) {

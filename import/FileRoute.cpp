@@ -1,6 +1,7 @@
 #include "import/FileRoute.h"
 
 #include "model/FileNames.h"
+#include "platform/imaging/ImageReader.h"
 
 #include <algorithm>
 #include <array>
@@ -38,6 +39,9 @@ bool isImageFile(const std::string& path) {
         std::any_of(imageTypes.begin(), imageTypes.end(),
                     [&path](std::string_view extension) { return hasExtension(path, extension); });
     std::error_code error;
+    if (!named && pathExtension(path).empty()) {
+        return imageFormatOf(path).has_value();
+    }
     return named && std::filesystem::exists(path, error);
 }
 
@@ -80,8 +84,6 @@ FileRoute commandLineRoute(const std::string& path) {
 
 std::string_view missingConverterReason(FileRoute route) {
     switch (route) {
-    case FileRoute::image:
-        return "images are not turned into pages by this version yet";
     case FileRoute::html:
         return "web pages are not turned into pages by this version yet";
     case FileRoute::richText:
@@ -89,6 +91,7 @@ std::string_view missingConverterReason(FileRoute route) {
         return "text documents are not turned into pages by this version yet";
     case FileRoute::notLegal:
         return "files of this kind are not turned into pages";
+    case FileRoute::image:
     case FileRoute::pdf:
         break;
     }

@@ -20,9 +20,8 @@ enum class FileRoute {
 [[nodiscard]] std::span<const std::string_view> openPanelTypes();
 
 /// Whether the file is an image that can be turned into pages, by its extension in any case; PDF
-/// is none. Files have no type code here that could speak for one without an extension, so such
-/// a file is no image, and neither is a file whose information cannot be read. Reads that
-/// information, never the content.
+/// is none. For a file without an extension its first bytes speak. A file whose information
+/// cannot be read is no image. Whether an image by name is one by content, converting it shows.
 [[nodiscard]] bool isImageFile(const std::string& path);
 
 /// The route of a file chosen in the open panel. Whatever has no route of its own is opened as a
@@ -38,7 +37,7 @@ enum class FileRoute {
 [[nodiscard]] FileRoute commandLineRoute(const std::string& path);
 
 /// What is left of a route while no converter is there: one line that says which conversion the
-/// file would need, e.g. for people who wonder why it was refused. Empty for `pdf`.
+/// file would need, e.g. for people who wonder why it was refused. Empty for `pdf` and `image`.
 [[nodiscard]] std::string_view missingConverterReason(FileRoute route);
 
 } // namespace quillorn

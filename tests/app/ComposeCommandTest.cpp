@@ -43,6 +43,7 @@ protected:
                                            stop.get_token(),
                                            []() { return 130; },
                                            false,
+                                           {},
                                            [this](const fs::path& file, std::size_t pages) {
                                                damage(file);
                                                return verifyPDF(file, pages);

@@ -74,11 +74,11 @@ TEST_F(ComposeTroubleTest, ATextNamedPdfIsRefused) {
     EXPECT_THAT(refusalOf({"notes.pdf"}), StartsWith("notes.pdf is not a legal file.\n"));
 }
 
-TEST_F(ComposeTroubleTest, AnImageIsRefusedUntilThereIsAConverter) {
+TEST_F(ComposeTroubleTest, AnImageByItsNameOnlyIsRefused) {
     writeFile(work / "photo.JPG", "image");
     EXPECT_THAT(refusalOf({"photo.JPG"}),
                 StartsWith("photo.JPG is not a legal file.\n  " + at("photo.JPG") +
-                           ": images are not turned into pages by this version yet\n"));
+                           ": its content is no image of a known format\n"));
 }
 
 TEST_F(ComposeTroubleTest, ALockedFileNeedsItsPassword) {

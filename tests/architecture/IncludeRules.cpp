@@ -80,6 +80,17 @@ bool isPopplerHeader(std::string_view path) {
            std::ranges::find(names, path) != names.end();
 }
 
+// What decodes images: foreign bytes meet it in workers only.
+bool isImageDecoderHeader(std::string_view path) {
+    constexpr std::array<std::string_view, 5> prefixes = {"Magick++", "MagickCore/", "magick/",
+                                                          "tiffio", "QtSvg/"};
+    constexpr std::array<std::string_view, 3> names = {"QImageReader", "QSvgRenderer",
+                                                       "libdeflate.h"};
+    return std::ranges::any_of(
+               prefixes, [path](std::string_view prefix) { return path.starts_with(prefix); }) ||
+           std::ranges::find(names, path) != names.end();
+}
+
 bool isQtHeader(std::string_view path) {
     const auto isUpperAt = [path](std::size_t index) {
         return index < path.size() && std::isupper(static_cast<unsigned char>(path[index])) != 0;
@@ -99,6 +110,7 @@ const std::vector<ThirdParty>& thirdParties() {
         // cmake/clang stands before a header of libqpdf's.
         {"libqpdf", isQpdfHeader, {"platform/pdf", "cmake/clang"}, {}},
         {"Poppler", isPopplerHeader, {"platform/render"}, {}},
+        {"an image decoder", isImageDecoderHeader, {"platform/imaging/worker"}, {}},
         // Tests may put a pane's rules behind the real widgets.
         {"Qt Widgets", isQtWidgetsHeader, {"app", "platform/ui", "platform/browser", "tests"}, {}},
         {"Qt", isQtHeader, {}, {"support", "tests/support", "benchmarks/support"}},

@@ -19,8 +19,9 @@ std::vector<std::string> reported(const std::string& includer, const std::string
     std::vector<SourceFile> files;
     for (const char* folder :
          {"app", "model", "panes", "import", "composer", "support", "platform/pdf",
-          "platform/render", "platform/browser", "platform/ui", "platform/process", "tests/fakes",
-          "tests/support", "benchmarks/support", "benchmarks/common", "fuzz"}) {
+          "platform/render", "platform/browser", "platform/ui", "platform/process",
+          "platform/imaging", "tests/fakes", "tests/support", "benchmarks/support",
+          "benchmarks/common", "fuzz"}) {
         files.push_back({std::string(folder) + "/Header.h", ""});
     }
     files.push_back({"platform/pdf/OnlyInPdf.h", ""});
@@ -94,6 +95,7 @@ TEST(IncludeRules, ReportsNoAllowedDirection) {
                                             {"import", "panes"},
                                             {"import", "model"},
                                             {"import", "platform/process"},
+                                            {"import", "platform/imaging"},
                                             {"composer", "panes"},
                                             {"composer", "model"},
                                             {"composer", "platform/pdf"},
@@ -114,6 +116,15 @@ TEST(IncludeRules, ReportsNoAllowedDirection) {
                                             {"fuzz", "platform/pdf"}};
     for (const Direction& direction : allowed) {
         EXPECT_THAT(reported(direction), IsEmpty()) << direction.from << " to " << direction.to;
+    }
+}
+
+TEST(IncludeRules, ImageDecodersStayInTheWorkers) {
+    for (const char* const header : {"<Magick++.h>", "<tiffio.h>", "<QImageReader>",
+                                     "<QtSvg/QSvgRenderer>", "<libdeflate.h>"}) {
+        EXPECT_THAT(reported("platform/imaging/ImageReader.cpp", header), SizeIs(1)) << header;
+        EXPECT_THAT(reported("import/Converter.cpp", header), SizeIs(1)) << header;
+        EXPECT_THAT(reported("platform/imaging/worker/Decoder.cpp", header), IsEmpty()) << header;
     }
 }
 

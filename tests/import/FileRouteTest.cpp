@@ -21,9 +21,15 @@ namespace {
 
 class FileRouteTest : public testing::Test {
 protected:
-    /// The path of a file of this name that exists. Routes never depend on the content.
+    /// The path of a file of this name that exists. Where it has an extension, routes never depend
+    /// on the content.
     [[nodiscard]] std::string file(const std::string& name) const {
         tests::writeFile(folder / name, "content");
+        return (folder / name).string();
+    }
+
+    [[nodiscard]] std::string fileWith(const std::string& name, const std::string& content) const {
+        tests::writeFile(folder / name, content);
         return (folder / name).string();
     }
 
@@ -54,6 +60,16 @@ TEST_F(FileRouteTest, OnlyTheLastExtensionMakesAnImage) {
     EXPECT_FALSE(isImageFile(file("photo.jpgx")));
     EXPECT_FALSE(isImageFile(file("jpg")));
     EXPECT_FALSE(isImageFile(file(".jpg")));
+}
+
+TEST_F(FileRouteTest, WithoutAnExtensionTheContentMakesAnImage) {
+    EXPECT_TRUE(isImageFile(fileWith("photo", "\xFF\xD8\xFF\xE0....")));
+    EXPECT_TRUE(isImageFile(fileWith(".hidden", "GIF89a....")));
+    EXPECT_FALSE(isImageFile(fileWith("document", "%PDF-1.4")));
+    EXPECT_FALSE(isImageFile(fileWith("photo.xyz", "GIF89a....")));
+    EXPECT_FALSE(isImageFile(fileWith("empty", "")));
+    std::filesystem::create_directory(folder / "folder");
+    EXPECT_FALSE(isImageFile((folder / "folder").string()));
 }
 
 TEST_F(FileRouteTest, AFileThatIsNotThereIsNoImage) {
@@ -112,13 +128,15 @@ TEST_F(FileRouteTest, TheCommandLineTakesWhatEitherOfTheOthersTakes) {
     EXPECT_EQ(commandLineRoute(file("a.txt")), FileRoute::richText);
     EXPECT_EQ(commandLineRoute(file("a.doc")), FileRoute::word);
     EXPECT_EQ(commandLineRoute(file("a.pdf")), FileRoute::pdf);
+    EXPECT_EQ(commandLineRoute(fileWith("photo", "GIF89a....")), FileRoute::image);
     EXPECT_EQ(commandLineRoute(file("scan-from-the-copier")), FileRoute::pdf);
 }
 
-TEST_F(FileRouteTest, OnlyFilesThatNeedNoConverterGoWithoutAReason) {
+TEST_F(FileRouteTest, OnlyFilesWhoseConverterIsThereGoWithoutAReason) {
     EXPECT_EQ(missingConverterReason(FileRoute::pdf), "");
-    for (const FileRoute route : {FileRoute::image, FileRoute::html, FileRoute::richText,
-                                  FileRoute::word, FileRoute::notLegal}) {
+    EXPECT_EQ(missingConverterReason(FileRoute::image), "");
+    for (const FileRoute route :
+         {FileRoute::html, FileRoute::richText, FileRoute::word, FileRoute::notLegal}) {
         EXPECT_NE(missingConverterReason(route), "");
     }
 }

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+
+namespace quillorn {
+
+/// How much an image may ask for before it is refused.
+struct ImageLimits {
+    std::uint64_t fileBytes = 1U << 30U;
+    std::uint64_t pixels = 256'000'000; ///< above what cameras and scanners make today
+    std::uint32_t side = 300'000;       ///< pixels
+    std::uint64_t workerMemory = std::uint64_t{4} << 30U; ///< bytes of address space
+    std::uint64_t workerOutput = std::uint64_t{2} << 30U; ///< bytes
+    std::chrono::seconds workerProcessorTime{60};
+    std::chrono::milliseconds workerDeadline{120'000}; ///< from its start to its end
+
+    [[nodiscard]] bool allowSize(std::uint64_t width, std::uint64_t height) const {
+        return width > 0 && height > 0 && width <= side && height <= side &&
+               width * height <= pixels;
+    }
+};
+
+} // namespace quillorn
