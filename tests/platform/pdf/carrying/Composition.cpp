@@ -132,10 +132,6 @@ std::string Composition::notes() const {
     return text;
 }
 
-std::string referenceTo(std::size_t object) {
-    return std::to_string(object) + " 0 R";
-}
-
 std::vector<std::string> pageTexts(const std::filesystem::path& file) {
     const std::string all = outputOf({"pdftotext", "-q", file.string(), "-"});
     std::vector<std::string> pages;
