@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -18,7 +19,8 @@ namespace quillorn::tests {
 namespace {
 
 /// Some ten times what the slowest of them takes. Memory is not limited under a sanitizer.
-constexpr corpus::IsolationLimits writeLimits{80, std::uint64_t{2} << 30U};
+constexpr corpus::IsolationLimits writeLimits{80, std::uint64_t{2} << 30U,
+                                              std::chrono::seconds(400)};
 
 } // namespace
 
