@@ -23,6 +23,44 @@ std::string numberedName(const std::string& name, int number) {
     return name.substr(0, end) + " (" + std::to_string(number) + ")" + name.substr(end);
 }
 
+/// Readers show and save attached files by the names that these state themselves, not by those in
+/// the tree. Here a file of one source gets another name when a file of another source has it.
+class FileNames {
+public:
+    void setApart(QPDFObjectHandle file, std::size_t source) {
+        QPDFObjectHandle stated = file.getKeyIfDict("/UF");
+        if (!stated.isString()) {
+            stated = file.getKeyIfDict("/F");
+        }
+        if (!stated.isString() || stated.getStringValue().size() > longestName) {
+            return;
+        }
+        const std::string name = stated.getUTF8Value();
+        const auto [owner, isNew] = m_owners.try_emplace(name, source);
+        if (owner->second == source) {
+            return; // also several files of one source: they are as they were
+        }
+        std::string& fresh = m_renamed[{source, name}];
+        for (int number = 2; fresh.empty(); ++number) {
+            const std::string candidate = numberedName(name, number);
+            if (m_owners.try_emplace(candidate, source).second) {
+                fresh = candidate;
+            }
+        }
+        for (const char* key : {"/UF", "/F"}) {
+            if (file.hasKey(key)) {
+                file.replaceKey(key, QPDFObjectHandle::newUnicodeString(fresh));
+            }
+        }
+    }
+
+private:
+    static constexpr std::size_t longestName = 1000; ///< bytes; no file system takes longer ones
+
+    std::map<std::string, std::size_t> m_owners; ///< sources, by the names of their files
+    std::map<std::pair<std::size_t, std::string>, std::string> m_renamed;
+};
+
 /// One name tree of the output: in the order of the names' bytes, as readers search it.
 class Tree {
 public:
@@ -112,7 +150,11 @@ QPDFObjectHandle NameTreeCarrier::finish(QPDF& output) {
     std::stable_sort(m_entries.begin(), m_entries.end(),
                      [](const Entry& a, const Entry& b) { return a.firstOutput < b.firstOutput; });
     std::map<std::string, Tree> trees;
+    FileNames fileNames;
     for (const Entry& entry : m_entries) {
+        if (entry.tree == attachments) {
+            fileNames.setApart(entry.value, entry.firstOutput);
+        }
         if (entry.tree == attachments || entry.tree == scripts) {
             trees[entry.tree].addUnderFreeName(entry.name, entry.value);
         } else {

@@ -13,8 +13,9 @@ namespace quillorn {
 ///
 /// Attachments come along once from every source that contributes a page; scripts of the
 /// document from every source that contributes form fields, whose calculations call them. A name
-/// that an earlier document uses gets a number. A document that comes along whole keeps all its
-/// name trees: named destinations, for links from other files, and what else there is.
+/// that an earlier document uses gets a number, in the tree and in what the attached file says of
+/// itself. A document that comes along whole keeps all its name trees: named destinations, for
+/// links from other files, and what else there is.
 ///
 /// The trees are built anew: those that come in may loop, or be out of order.
 class NameTreeCarrier {

@@ -36,9 +36,6 @@ constexpr bool limitsMemory = false;
 constexpr bool limitsMemory = true;
 #endif
 
-/// For work that waits for ever instead of computing; a busy machine stretches computing, too.
-constexpr std::chrono::seconds wallDeadline{90};
-
 void limit(int resource, rlim_t soft, rlim_t hard) {
     const rlimit both{soft, hard};
     ::setrlimit(resource, &both);
@@ -64,8 +61,8 @@ void limit(int resource, rlim_t soft, rlim_t hard) {
 }
 
 /// Reads until the child has nothing more to say; false when the deadline comes first.
-bool readAll(const FileDescriptor& from, std::string& text) {
-    const auto end = Clock::now() + wallDeadline;
+bool readAll(const FileDescriptor& from, std::string& text, std::chrono::seconds deadline) {
+    const auto end = Clock::now() + deadline;
     std::array<char, 4096> block{};
     for (;;) {
         pollfd wait{from.get(), POLLIN, 0};
@@ -114,7 +111,7 @@ IsolatedRun runIsolated(const std::function<std::string()>& work, const Isolatio
     }
     writing.reset();
     IsolatedRun run;
-    const bool inTime = readAll(reading, run.report);
+    const bool inTime = readAll(reading, run.report, limits.deadline);
     if (!inTime) {
         ::kill(child, SIGKILL);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -16,6 +17,8 @@ struct IsolatedRun {
 struct IsolationLimits {
     std::uint64_t processorSeconds = 10;
     std::uint64_t memoryBytes = std::uint64_t{1} << 30U;
+    /// For work that waits for ever instead of computing; a busy machine stretches computing, too.
+    std::chrono::seconds deadline{90};
 };
 
 /// Runs `work` in a forked child under limits and waits for it. Crashes, exceptions and overruns

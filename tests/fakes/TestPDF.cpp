@@ -17,10 +17,6 @@ constexpr std::size_t pagesObject = 2;
 constexpr std::size_t fontObject = 3;
 constexpr std::size_t firstPageObject = 4;
 
-std::string referenceTo(std::size_t object) {
-    return std::to_string(object) + " 0 R";
-}
-
 std::string number(double value) {
     std::ostringstream text;
     text << value;
@@ -40,6 +36,10 @@ std::string noise(std::size_t bytes, std::size_t seed) {
 }
 
 } // namespace
+
+std::string referenceTo(std::size_t object) {
+    return std::to_string(object) + " 0 R";
+}
 
 TestPDF::TestPDF(const std::string& name, std::size_t pageCount) : m_pages(pageCount) {
     for (std::size_t i = 0; i < pageCount; ++i) {

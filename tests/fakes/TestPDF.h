@@ -69,6 +69,9 @@ private:
     std::size_t m_padding = 0;
 };
 
+/// "12 0 R"
+[[nodiscard]] std::string referenceTo(std::size_t object);
+
 /// What encryptPDF locks a file with. The words of `restrictions` are options of
 /// `qpdf --encrypt` for 256 bits, e.g. {"--print=none", "--extract=n"}.
 struct TestEncryption {

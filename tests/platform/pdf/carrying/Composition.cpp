@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -18,7 +19,8 @@ namespace quillorn::tests {
 namespace {
 
 /// Some ten times what the slowest of them takes. Memory is not limited under a sanitizer.
-constexpr corpus::IsolationLimits writeLimits{80, std::uint64_t{2} << 30U};
+constexpr corpus::IsolationLimits writeLimits{80, std::uint64_t{2} << 30U,
+                                              std::chrono::seconds(400)};
 
 } // namespace
 
@@ -130,10 +132,6 @@ std::string Composition::notes() const {
         text += (text.empty() ? "" : "; ") + line;
     }
     return text;
-}
-
-std::string referenceTo(std::size_t object) {
-    return std::to_string(object) + " 0 R";
 }
 
 std::vector<std::string> pageTexts(const std::filesystem::path& file) {

@@ -64,9 +64,6 @@ private:
     PDFWriteReport m_report;
 };
 
-/// "12 0 R"
-[[nodiscard]] std::string referenceTo(std::size_t object);
-
 /// The text of the pages of a PDF, one after the other, as pdftotext reads them.
 [[nodiscard]] std::vector<std::string> pageTexts(const std::filesystem::path& file);
 

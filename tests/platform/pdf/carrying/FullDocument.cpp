@@ -1,7 +1,5 @@
 #include "tests/platform/pdf/carrying/FullDocument.h"
 
-#include "tests/platform/pdf/carrying/Composition.h"
-
 namespace quillorn::tests {
 
 namespace {

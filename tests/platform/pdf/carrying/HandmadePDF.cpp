@@ -1,7 +1,7 @@
 #include "tests/platform/pdf/carrying/HandmadePDF.h"
 
 #include "tests/fakes/TemporaryFolder.h"
-#include "tests/platform/pdf/carrying/Composition.h"
+#include "tests/fakes/TestPDF.h"
 
 #include <algorithm>
 #include <array>

@@ -68,6 +68,12 @@ TEST_F(Merge, KeepsBothAttachments) {
     const std::string path = (composition.folder() / "merged.pdf").string();
     EXPECT_EQ(outputOf({"qpdf", "--show-attachment=notes.txt", path}), "notes of one");
     EXPECT_EQ(outputOf({"qpdf", "--show-attachment=notes (2).txt", path}), "notes of two");
+    // Saved all at once by another program, neither takes the other's place.
+    const std::filesystem::path folder = composition.folder() / "saved";
+    std::filesystem::create_directory(folder);
+    static_cast<void>(outputOf({"pdfdetach", "-saveall", "-o", folder.string(), path}));
+    EXPECT_EQ(readFile(folder / "notes.txt"), "notes of one");
+    EXPECT_EQ(readFile(folder / "notes (2).txt"), "notes of two");
 }
 
 TEST_F(Merge, IsTitledAfterTheGroup) {

@@ -15,7 +15,8 @@ struct ProgramRun {
 /// Throws std::runtime_error when it cannot be run or does not end.
 [[nodiscard]] ProgramRun runProgram(const std::vector<std::string>& words);
 
-/// The output of a program that must end well; std::runtime_error with its output otherwise.
+/// The standard output of a program that must end well; std::runtime_error with what it said
+/// otherwise.
 [[nodiscard]] std::string outputOf(const std::vector<std::string>& words);
 
 } // namespace quillorn::tests
