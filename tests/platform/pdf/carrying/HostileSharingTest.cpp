@@ -45,7 +45,7 @@ TEST_F(HostileSharing, AListOfLinksByThousandsOfPagesOneOfWhichIsRepeated) {
 }
 
 TEST_F(HostileSharing, ADestinationOfThousandsOfItemsByThousandsOfLinks) {
-    constexpr std::size_t links = 32'000;
+    constexpr std::size_t links = many(32'000);
     std::string items;
     for (std::size_t i = 0; i < 100'000; ++i) {
         items += " 0";
@@ -67,7 +67,7 @@ TEST_F(HostileSharing, ADestinationOfThousandsOfItemsByThousandsOfLinks) {
 }
 
 TEST_F(HostileSharing, AListOfChildrenByThousandsOfFields) {
-    constexpr std::size_t fields = 20'000;
+    constexpr std::size_t fields = many(20'000);
     const std::size_t kids = document.add();
     const std::size_t field = document.next();
     for (std::size_t i = 0; i < fields; ++i) {
@@ -90,7 +90,7 @@ TEST_F(HostileSharing, AListOfChildrenByThousandsOfFields) {
 }
 
 TEST_F(HostileSharing, AListOfBeadsByThousandsOfPages) {
-    constexpr std::size_t beads = 50'000;
+    constexpr std::size_t beads = many(50'000);
     const std::size_t list = document.add();
     const std::size_t page = addPages(2'000, "/B " + referenceTo(list));
     const std::size_t thread = document.next();
@@ -132,8 +132,8 @@ TEST_F(HostileSharing, AnActionOfManyStepsOneOfWhichIsLost) {
 }
 
 TEST_F(HostileSharing, AListOfFieldsByThousandsOfActions) {
-    constexpr std::size_t fields = 20'000;
-    constexpr std::size_t buttons = 10'000;
+    constexpr std::size_t fields = many(20'000);
+    constexpr std::size_t buttons = many(10'000);
     const std::size_t list = document.add();
     std::string names;
     const std::size_t field = document.next();
@@ -160,7 +160,7 @@ TEST_F(HostileSharing, AListOfFieldsByThousandsOfActions) {
 }
 
 TEST_F(HostileSharing, TextsOfAMegabyteByThousandsOfFieldsAndPages) {
-    constexpr std::size_t fields = 20'000;
+    constexpr std::size_t fields = many(20'000);
     const std::string text = "(" + std::string(mebibyte, 'x') + ")";
     const std::size_t shared = document.add(text);
     const std::size_t top = document.add("<< /T " + referenceTo(shared) + " >>");
@@ -184,7 +184,7 @@ TEST_F(HostileSharing, TextsOfAMegabyteByThousandsOfFieldsAndPages) {
 }
 
 TEST_F(HostileSharing, AListOfLayersByThousandsOfRules) {
-    constexpr std::size_t layers = 20'000;
+    constexpr std::size_t layers = many(20'000);
     const std::size_t group = document.next();
     for (std::size_t i = 0; i < layers; ++i) {
         document.add("<< /Type /OCG /Name (n) >>");

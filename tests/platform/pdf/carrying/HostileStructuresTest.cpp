@@ -31,7 +31,7 @@ TEST_F(HostileStructures, OutlinesThatLoop) {
 }
 
 TEST_F(HostileStructures, OutlinesOfAHundredThousandEntries) {
-    constexpr std::size_t entries = 100'000;
+    constexpr std::size_t entries = many(100'000);
     const std::size_t page = addPages(2);
     const std::size_t root = document.next();
     document.add("<< /First " + referenceTo(root + 1) + " >>");
@@ -113,7 +113,7 @@ TEST_F(HostileStructures, ThousandsOfLinksOnThousandsOfPages) {
 }
 
 TEST_F(HostileStructures, ThousandsOfLinksOnAPageRepeatedAThousandTimes) {
-    constexpr std::size_t links = 32'000;
+    constexpr std::size_t links = many(32'000);
     const std::size_t list = document.add();
     const std::size_t page = addPages(2, "/Annots " + referenceTo(list));
     std::string all = "[";
@@ -204,7 +204,7 @@ TEST_F(HostileStructures, OneWidgetBelowThousandsOfFields) {
 }
 
 TEST_F(HostileStructures, HundredsOfThousandsOfBeads) {
-    constexpr std::size_t beads = 300'000;
+    constexpr std::size_t beads = many(300'000);
     const std::size_t page = addPages(2);
     const std::size_t thread = document.next();
     document.add("<< /F " + referenceTo(thread + 1) + " >>");
@@ -221,7 +221,7 @@ TEST_F(HostileStructures, HundredsOfThousandsOfBeads) {
 }
 
 TEST_F(HostileStructures, ActionsThatFollowThemselves) {
-    constexpr std::size_t links = 32'000;
+    constexpr std::size_t links = many(32'000);
     const std::size_t action = document.next();
     const auto ref = [action](std::size_t offset) { return referenceTo(action + offset); };
     document.add("<< /S /URI /URI (a) /Next " + ref(1) + " >>");
@@ -242,7 +242,7 @@ TEST_F(HostileStructures, ActionsThatFollowThemselves) {
 }
 
 TEST_F(HostileStructures, ActionsThatFollowEachOtherForEver) {
-    constexpr std::size_t actions = 100'000;
+    constexpr std::size_t actions = many(100'000);
     const std::size_t action = document.next();
     for (std::size_t i = 0; i < actions; ++i) {
         document.add("<< /S /URI /URI (" + std::to_string(i) + ") /Next [" +
