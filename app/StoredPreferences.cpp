@@ -1,15 +1,14 @@
 #include "app/StoredPreferences.h"
 
+#include "platform/files/BesideProgram.h"
+
 #include <dlfcn.h>
 #include <filesystem>
-#include <system_error>
 
 namespace quillorn {
 
 FileResult<std::unique_ptr<Preferences>> openStoredPreferences() {
-    std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    const std::filesystem::path module = program.parent_path() / "quillorn-settings.so";
+    const std::filesystem::path module = besideProgram("quillorn-settings.so");
     void* const handle = ::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
     void* const symbol = handle != nullptr ? ::dlsym(handle, "quillornOpenPreferences") : nullptr;
     if (symbol == nullptr) {
