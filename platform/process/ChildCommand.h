@@ -45,6 +45,9 @@ struct ChildCommand {
     std::filesystem::path workingFolder = "/";
     ChildLimits limits;
     std::optional<ChildUser> user = ChildUser::withoutPrivileges();
+    /// Whether it may reach a network. Without, it gets an empty one of its own where the system
+    /// lets us make one, which depends on its settings: one more wall, not the only one.
+    bool network = true;
     std::vector<ChildPipe> pipes; ///< further descriptors; standard input is empty without one
     /// Of standard output and of standard error so many bytes are kept; the rest is read and
     /// dropped, so that a talkative child never has to wait for us.

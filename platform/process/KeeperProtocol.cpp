@@ -10,7 +10,7 @@ namespace quillorn::keeper {
 namespace {
 
 /// The words before the child's own, in this order; a number that is not stated is "-".
-constexpr std::size_t headWords = 7;
+constexpr std::size_t headWords = 8;
 constexpr std::string_view notStated = "-";
 
 std::string word(const std::optional<std::uint64_t>& number) {
@@ -45,7 +45,8 @@ std::vector<std::string> toWords(const Order& order) {
                                       word(order.limits.fileBytes),
                                       word(user),
                                       word(group),
-                                      word(order.outputLimit)};
+                                      word(order.outputLimit),
+                                      word(order.network ? 1 : 0)};
     words.insert(words.end(), order.arguments.begin(), order.arguments.end());
     return words;
 }
@@ -55,9 +56,11 @@ std::optional<Order> fromWords(const std::vector<std::string>& words) {
     std::optional<std::uint64_t> user;
     std::optional<std::uint64_t> group;
     std::optional<std::uint64_t> outputLimit;
+    std::optional<std::uint64_t> network;
     if (words.size() <= headWords || !read(words[1], order.limits.dataBytes) ||
         !read(words[2], order.limits.cpuSeconds) || !read(words[3], order.limits.fileBytes) ||
         !read(words[4], user) || !read(words[5], group) || !read(words[6], outputLimit) ||
+        !read(words[7], network) ||
         user.has_value() != group.has_value() || !outputLimit) {
         return std::nullopt;
     }
@@ -66,6 +69,7 @@ std::optional<Order> fromWords(const std::vector<std::string>& words) {
         order.user = ChildUser{static_cast<uid_t>(*user), static_cast<gid_t>(*group)};
     }
     order.outputLimit = *outputLimit;
+    order.network = network != std::uint64_t{0};
     order.arguments.assign(words.begin() + headWords, words.end());
     return order;
 }

@@ -24,6 +24,7 @@ struct Order {
     std::string workingFolder;
     ChildLimits limits;
     std::optional<ChildUser> user;
+    bool network = true;
     std::size_t outputLimit = 0;
     std::vector<std::string> arguments;
 };

@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <optional>
+#include <sched.h>
 #include <string>
 #include <string_view>
 #include <sys/prctl.h>
@@ -54,6 +55,28 @@ bool setLimit(__rlimit_resource_t resource, const std::optional<std::uint64_t>& 
     return ::setrlimit(resource, &limit) == 0;
 }
 
+bool writeText(const char* file, const std::string& text) {
+    const FileDescriptor descriptor(::open(file, O_WRONLY | O_CLOEXEC));
+    return ::write(descriptor.get(), text.data(), text.size()) ==
+           static_cast<ssize_t>(text.size());
+}
+
+/// Puts the child into a network without any connection. An ordinary user may do that only
+/// within a user namespace of its own, in which it stays who it is.
+void leaveNetwork() {
+    const uid_t user = ::geteuid();
+    const gid_t group = ::getegid();
+    if (user == 0) {
+        static_cast<void>(::unshare(CLONE_NEWNET)); // refused in some containers
+    } else if (::unshare(CLONE_NEWUSER | CLONE_NEWNET) == 0) {
+        writeText("/proc/self/setgroups", "deny");
+        const std::string userNumber = std::to_string(user);
+        const std::string groupNumber = std::to_string(group);
+        writeText("/proc/self/uid_map", userNumber + " " + userNumber + " 1");
+        writeText("/proc/self/gid_map", groupNumber + " " + groupNumber + " 1");
+    }
+}
+
 /// What the child does between fork and exec. Only returns to say which step failed; errno says
 /// why.
 std::string_view become(const Order& order, const std::vector<char*>& arguments, const Pipe& output,
@@ -68,6 +91,9 @@ std::string_view become(const Order& order, const std::vector<char*>& arguments,
     if (!setLimit(RLIMIT_CPU, order.limits.cpuSeconds) ||
         !setLimit(RLIMIT_FSIZE, order.limits.fileBytes) || !setLimit(RLIMIT_CORE, 0)) {
         return "setting its limits";
+    }
+    if (!order.network) {
+        leaveNetwork();
     }
     if (order.user && (::setgroups(0, nullptr) != 0 ||
                        ::setresgid(order.user->group, order.user->group, order.user->group) != 0 ||

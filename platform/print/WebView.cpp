@@ -1,0 +1,228 @@
+#include "platform/print/WebView.h"
+
+#include "platform/files/ReplacementFile.h"
+#include "platform/print/Base64.h"
+#include "platform/print/PageRules.h"
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace quillorn {
+
+namespace {
+
+using JSON = DevTools::JSON;
+
+constexpr double pixelsPerPoint = 96.0 / 72.0;
+constexpr double pointsPerInch = 72.0;
+
+/// What a page may still need once it has loaded, or a busy engine for a small thing.
+constexpr std::chrono::seconds shortWhile{2};
+
+constexpr std::size_t pdfBlock = 4U << 20U; // bytes
+constexpr std::size_t mostStyleSheets = 2'000;
+
+std::string quoted(const std::string& text) {
+    return JSON(text).dump(-1, ' ', true, JSON::error_handler_t::replace);
+}
+
+WebError notWritten(const FileError& error) {
+    return {WebError::Kind::notWritten,
+            "its PDF cannot be written: " + error.file.string() + ": " + error.reason};
+}
+
+} // namespace
+
+WebResult<void> WebView::load(std::unique_ptr<WebContent> content, const PrintInfo& info,
+                              const std::stop_token& stop) {
+    m_session.reset();
+    m_content = std::move(content);
+    m_isCutShort = false;
+    m_session.emplace(m_engine, *m_content, stop);
+    // The engine's own start takes none of the page's time.
+    auto opened = m_session->open(static_cast<int>(info.printableWidth() * pixelsPerPoint),
+                                  static_cast<int>(info.printableHeight() * pixelsPerPoint),
+                                  Clock::now() + m_limits.time);
+    if (!opened) {
+        m_session.reset();
+        return opened;
+    }
+    m_start = Clock::now();
+    const auto navigated = m_session->call("Page.navigate", {{"url", m_content->startURL()}},
+                                           m_start + m_limits.time / 2);
+    WebResult<void> loaded;
+    if (!navigated) {
+        loaded = tl::unexpected(navigated.error());
+    } else if (navigated->contains("errorText")) {
+        loaded = tl::unexpected(
+            WebError{WebError::Kind::refused, "it cannot be loaded as a web page"});
+    } else {
+        loaded = waitForLoad(navigated->value("loaderId", std::string()));
+    }
+    if (!loaded) {
+        m_session.reset();
+    }
+    return loaded;
+}
+
+WebResult<void> WebView::waitForLoad(const std::string& loader) {
+    const auto half = m_start + m_limits.time / 2;
+    bool isOffline = false;
+    while (!m_session->hasLoaded(loader)) {
+        const auto silent = m_session->requests().silentSince();
+        const bool watchesSilence = silent && !isOffline;
+        const auto until = watchesSilence ? std::min(half, *silent + m_limits.silence) : half;
+        const WebWait wait = m_session->waitForEvent(until);
+        if (wait == WebWait::done) {
+            continue;
+        }
+        if (wait != WebWait::timeOver) {
+            return tl::unexpected(m_session->errorOf(wait));
+        }
+        if (Clock::now() >= half) {
+            cutShort();
+            return {};
+        }
+        // Whoever was asked has been silent for too long: every such request fails now.
+        isOffline = true;
+        m_session->tell("Network.emulateNetworkConditions", {{"offline", true},
+                                                             {"latency", 0},
+                                                             {"downloadThroughput", -1},
+                                                             {"uploadThroughput", -1}});
+    }
+    return {};
+}
+
+void WebView::cutShort() {
+    m_isCutShort = true;
+    // These reach a page in an endless loop, too. One that does not answer fails at printing.
+    m_session->tell("Emulation.setScriptExecutionDisabled", {{"value", true}});
+    m_session->tell("Runtime.terminateExecution", JSON::object());
+    m_session->tell("Page.stopLoading", JSON::object());
+}
+
+WebResult<void> WebView::print(const PrintInfo& info) {
+    if (!m_session) {
+        return tl::unexpected(WebError{WebError::Kind::refused, "nothing is loaded"});
+    }
+    const auto deadline = m_start + m_limits.time;
+    WebResult<void> result = prepareForPaper(info);
+    if (result) {
+        const auto printed = m_session->call("Page.printToPDF",
+                                             {{"printBackground", true},
+                                              {"displayHeaderFooter", false},
+                                              {"preferCSSPageSize", false},
+                                              {"generateTaggedPDF", true},
+                                              {"paperWidth", info.paper.width / pointsPerInch},
+                                              {"paperHeight", info.paper.height / pointsPerInch},
+                                              {"marginTop", info.topMargin / pointsPerInch},
+                                              {"marginBottom", info.bottomMargin / pointsPerInch},
+                                              {"marginLeft", info.leftMargin / pointsPerInch},
+                                              {"marginRight", info.rightMargin / pointsPerInch},
+                                              {"transferMode", "ReturnAsStream"}},
+                                             deadline);
+        result = printed ? save(printed->value("stream", std::string()), info)
+                         : tl::unexpected(printed.error());
+    }
+    if (result && !m_isCutShort) {
+        m_session->setFine();
+    }
+    m_session.reset();
+    return result;
+}
+
+WebResult<void> WebView::prepareForPaper(const PrintInfo& info) {
+    const auto deadline = m_start + m_limits.time;
+    const auto soon = [deadline]() { return std::min(deadline, Clock::now() + shortWhile); };
+    m_session->tell("Emulation.setEmulatedMedia", {{"media", "print"}});
+    if (!m_isCutShort) {
+        // Fonts and pictures that only paper needs are asked for now. Whatever does not come
+        // soon is printed without.
+        const auto ready = m_session->evaluate(
+            "window.dispatchEvent(new Event('beforeprint'));"
+            "document.body && document.body.offsetHeight;"
+            "document.fonts.ready.then(() => true)",
+            soon());
+        if (!ready && m_session->hasCrashed()) {
+            return tl::unexpected(ready.error());
+        }
+        m_session->tell("Emulation.setScriptExecutionDisabled", {{"value", true}});
+        m_session->tell("Runtime.terminateExecution", JSON::object());
+    }
+    const auto metrics = m_session->call("Page.getLayoutMetrics", JSON::object(), deadline);
+    if (!metrics) {
+        return tl::unexpected(metrics.error());
+    }
+    const double height = metrics->value("/cssContentSize/height"_json_pointer, 0.0);
+    if (height > m_limits.sheets * info.printableHeight() * pixelsPerPoint) {
+        return tl::unexpected(
+            WebError{WebError::Kind::refused,
+                     "it would be longer than " +
+                         std::to_string(std::lround(m_limits.sheets)) + " pages"});
+    }
+    return setPageRules(info);
+}
+
+WebResult<void> WebView::setPageRules(const PrintInfo& info) {
+    const auto deadline = m_start + m_limits.time;
+    for (const char* const domain : {"DOM.enable", "CSS.enable"}) {
+        if (auto enabled = m_session->call(domain, JSON::object(), deadline); !enabled) {
+            return tl::unexpected(std::move(enabled.error()));
+        }
+    }
+    std::set<std::string> selectors;
+    if (m_session->styleSheets().size() <= mostStyleSheets) {
+        for (const std::string& sheet : m_session->styleSheets()) {
+            const auto got =
+                m_session->call("CSS.getStyleSheetText", {{"styleSheetId", sheet}}, deadline);
+            if (!got && m_session->hasCrashed()) {
+                return tl::unexpected(got.error());
+            }
+            selectors.merge(pageSelectorsIn(got ? got->value("text", std::string()) : ""));
+        }
+    }
+    // Style sheets made by a script are subject to no policy of the page's.
+    const auto set = m_session->evaluate(
+        "{ const rules = new CSSStyleSheet(); rules.replaceSync(" +
+            quoted(pageRules(selectors, info)) +
+            "); document.adoptedStyleSheets = [...document.adoptedStyleSheets, rules]; true }",
+        deadline);
+    return set ? WebResult<void>() : tl::unexpected(set.error());
+}
+
+WebResult<void> WebView::save(const std::string& stream, const PrintInfo& info) {
+    const auto deadline = m_start + m_limits.time;
+    auto file = ReplacementFile::create(info.savePath);
+    if (!file) {
+        return tl::unexpected(notWritten(file.error()));
+    }
+    for (bool isWhole = false; !isWhole;) {
+        const auto block =
+            m_session->call("IO.read", {{"handle", stream}, {"size", pdfBlock}}, deadline);
+        if (!block) {
+            return tl::unexpected(block.error());
+        }
+        const std::string text = block->value("data", std::string());
+        const auto bytes = block->value("base64Encoded", false) ? fromBase64(text) : text;
+        if (!bytes) {
+            return tl::unexpected(m_session->errorOf(WebWait::engineGone));
+        }
+        if (auto written = file->write(*bytes); !written) {
+            return tl::unexpected(notWritten(written.error()));
+        }
+        isWhole = block->value("eof", true);
+    }
+    if (file->bytesWritten() == 0) {
+        return tl::unexpected(WebError{WebError::Kind::refused, "the web engine printed nothing"});
+    }
+    if (auto committed = file->commit(); !committed) {
+        return tl::unexpected(notWritten(committed.error()));
+    }
+    return {};
+}
+
+} // namespace quillorn
