@@ -3,6 +3,7 @@
 #include "app/ExitStatus.h"
 #include "app/ProgressLine.h"
 #include "app/TerminalText.h"
+#include "app/WebConversion.h"
 #include "model/FileNames.h"
 #include "platform/files/PrivateFolder.h"
 #include "platform/pdf/PDFVerifier.h"
@@ -48,7 +49,14 @@ void ComposeCommand::work() {
     if (privateFolder) {
         snapshots = SnapshotPolicy{privateFolder->path(), copyLimit};
     }
-    m_inputs = std::make_unique<ComposeInputs>(PDFIntake(std::move(snapshots)));
+    m_inputs = std::make_unique<ComposeInputs>(
+        PDFIntake(std::move(snapshots)),
+        [this, &privateFolder]() -> FileResult<std::unique_ptr<HTMLConverter>> {
+            if (!privateFolder) {
+                return tl::unexpected(privateFolder.error());
+            }
+            return openHTMLConverter({privateFolder->path(), m_request.remoteResources});
+        });
     m_plan = m_inputs->plan(m_request, m_surroundings.stop);
     if (m_surroundings.stop.stop_requested()) {
         interrupt();

@@ -49,6 +49,7 @@ selectedPages(const std::string& path, const FileRequest& file, std::size_t page
 
 ComposePlan ComposeInputs::plan(const ComposeRequest& request, const std::stop_token& stop) {
     m_plan = {};
+    m_stop = stop;
     for (const GroupRequest& requested : request.groups) {
         OutputGroup group{requested.name, std::make_unique<PDFDocument>()};
         bool accepted = false;
@@ -61,6 +62,7 @@ ComposePlan ComposeInputs::plan(const ComposeRequest& request, const std::stop_t
         m_plan.groups.push_back(std::move(group));
         m_plan.hasInputs.push_back(accepted);
     }
+    m_htmlConverter.reset(); // its engine need not wait for the writing
     return std::move(m_plan);
 }
 
@@ -107,11 +109,11 @@ ComposeInputs::Source ComposeInputs::open(const std::string& path, const FileReq
     // The entries of a folder are opened as they are, as PDFs.
     const FileRoute route =
         path == file.path && exists(path) ? commandLineRoute(path) : FileRoute::pdf;
-    if (route != FileRoute::pdf) {
-        return refuse(ImportRefusal::make(Kind::needsConverter, path,
-                                          std::string(missingConverterReason(route))));
+    auto pdf = pdfOf(path, route);
+    if (!pdf) {
+        return refuse(std::move(pdf.error()));
     }
-    auto opened = m_intake.open(path, file.password.text);
+    auto opened = m_intake.open(*pdf, file.password.text);
     if (!opened) {
         return refuse(std::move(opened.error()));
     }
@@ -122,6 +124,26 @@ ComposeInputs::Source ComposeInputs::open(const std::string& path, const FileReq
     }
     place->second = std::move(*counted);
     return place->second;
+}
+
+ImportResult<std::string> ComposeInputs::pdfOf(const std::string& path, FileRoute route) {
+    if (route == FileRoute::pdf) {
+        return path;
+    }
+    if (route != FileRoute::html || !m_openHTMLConverter) {
+        return tl::unexpected(ImportRefusal::make(Kind::needsConverter, path,
+                                                  std::string(missingConverterReason(route))));
+    }
+    if (!m_htmlConverter) {
+        auto converter = m_openHTMLConverter();
+        if (!converter) {
+            return tl::unexpected(ImportRefusal::make(Kind::needsConverter, path,
+                                                      converter.error().file.string() + ": " +
+                                                          converter.error().reason));
+        }
+        m_htmlConverter = std::move(*converter);
+    }
+    return m_htmlConverter->html2PDF(path, m_stop);
 }
 
 ComposeInputs::Source ComposeInputs::refuse(ImportRefusal refusal) {

@@ -2,8 +2,11 @@
 
 #include "app/CommandLine.h"
 #include "composer/OutputGroup.h"
+#include "import/FileRoute.h"
+#include "import/HTMLConverter.h"
 #include "import/PDFIntake.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -26,7 +29,12 @@ struct ComposePlan {
 /// pages of every group. Checks all of them before anything is written.
 class ComposeInputs {
 public:
-    explicit ComposeInputs(PDFIntake intake) : m_intake(std::move(intake)) {}
+    /// Opens the converter of web pages when the first one is met.
+    using OpenHTMLConverter = std::function<FileResult<std::unique_ptr<HTMLConverter>>()>;
+
+    /// Without `openHTMLConverter` web pages are refused.
+    explicit ComposeInputs(PDFIntake intake, OpenHTMLConverter openHTMLConverter = {})
+        : m_intake(std::move(intake)), m_openHTMLConverter(std::move(openHTMLConverter)) {}
 
     /// Passwords are given as text (PasswordFiles.h). Ends early when `stop` is requested.
     [[nodiscard]] ComposePlan plan(const ComposeRequest& request, const std::stop_token& stop);
@@ -38,9 +46,14 @@ private:
     void addFile(const FileRequest& file, OutputGroup& group, bool& accepted, bool json);
     /// The source at `path`; null when it was refused, which is noted the first time.
     Source open(const std::string& path, const FileRequest& file);
+    /// The path of the PDF that a file becomes on its route, which may be the file itself.
+    ImportResult<std::string> pdfOf(const std::string& path, FileRoute route);
     Source refuse(ImportRefusal refusal);
 
     PDFIntake m_intake;
+    OpenHTMLConverter m_openHTMLConverter;
+    std::unique_ptr<HTMLConverter> m_htmlConverter; ///< null before the first web page
+    std::stop_token m_stop;
     std::map<Key, Source> m_opened; ///< null for refused ones
     ComposePlan m_plan;
 };

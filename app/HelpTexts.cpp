@@ -32,6 +32,9 @@ Each --group becomes one PDF of that name in the output folder; a file of that
 name is replaced. Its pages are those of its FILEs in the order given. A FILE may
 be named any number of times, and may be the very file that is replaced.
 
+A FILE is a PDF, or a web page (.html, .htm, .webarchive), which is printed on the
+paper of your language's custom first. A page sees the files of its own folder.
+
 Options:
   --output-folder DIR    write into DIR, which is made if it is missing. Without it,
                          the folder chosen in the program, at first
@@ -41,6 +44,8 @@ Options:
                          link and outline entry leads to one of them
   --flat-outline         merge the outlines of several files without an entry for
                          each file over its own ones
+  --remote-resources     let web pages fetch pictures and styles from other machines;
+                         what does not come soon is left out
   --json                 report on standard output as one JSON object
   --quiet                say nothing on standard output unless --json asks for it,
                          and show no progress

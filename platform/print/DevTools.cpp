@@ -83,8 +83,9 @@ bool DevTools::takeMessage(JSON& message) {
             m_scanned = m_received.size();
             return false;
         }
-        message = JSON::parse(m_received.begin() + static_cast<std::ptrdiff_t>(m_start),
-                              m_received.begin() + static_cast<std::ptrdiff_t>(end), nullptr, false);
+        message =
+            JSON::parse(m_received.begin() + static_cast<std::ptrdiff_t>(m_start),
+                        m_received.begin() + static_cast<std::ptrdiff_t>(end), nullptr, false);
         m_start = m_scanned = end + 1;
         if (message.is_object()) {
             return true;

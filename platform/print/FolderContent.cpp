@@ -24,13 +24,26 @@ struct Type {
 
 /// What a browser insists on knowing; pictures and sounds it recognises by itself.
 constexpr std::array<Type, 20> types = {{
-    {".html", "text/html"},        {".htm", "text/html"},       {".xhtml", "application/xhtml+xml"},
-    {".xht", "application/xhtml+xml"}, {".xml", "text/xml"},    {".css", "text/css"},
-    {".js", "text/javascript"},    {".mjs", "text/javascript"}, {".json", "application/json"},
-    {".txt", "text/plain"},        {".svg", "image/svg+xml"},   {".png", "image/png"},
-    {".jpg", "image/jpeg"},        {".jpeg", "image/jpeg"},     {".gif", "image/gif"},
-    {".webp", "image/webp"},       {".ttf", "font/ttf"},        {".otf", "font/otf"},
-    {".woff", "font/woff"},        {".woff2", "font/woff2"},
+    {".html", "text/html"},
+    {".htm", "text/html"},
+    {".xhtml", "application/xhtml+xml"},
+    {".xht", "application/xhtml+xml"},
+    {".xml", "text/xml"},
+    {".css", "text/css"},
+    {".js", "text/javascript"},
+    {".mjs", "text/javascript"},
+    {".json", "application/json"},
+    {".txt", "text/plain"},
+    {".svg", "image/svg+xml"},
+    {".png", "image/png"},
+    {".jpg", "image/jpeg"},
+    {".jpeg", "image/jpeg"},
+    {".gif", "image/gif"},
+    {".webp", "image/webp"},
+    {".ttf", "font/ttf"},
+    {".otf", "font/otf"},
+    {".woff", "font/woff"},
+    {".woff2", "font/woff2"},
 }};
 
 /// Where an open file really lies, whatever has happened to the way to it since.
@@ -62,8 +75,8 @@ FolderContent::FolderContent(fs::path file, fs::path folder)
     : m_file(std::move(file)), m_folder(std::move(folder)), m_startURL(fileURL(m_file)) {}
 
 bool FolderContent::mayBeSeen(const fs::path& path) const {
-    return path == m_file || (m_folder != m_folder.root_path() &&
-                              path.native().starts_with(m_folder.native() + "/"));
+    return path == m_file ||
+           (m_folder != m_folder.root_path() && path.native().starts_with(m_folder.native() + "/"));
 }
 
 std::optional<WebResource> FolderContent::find(const std::string& url) const {

@@ -2,18 +2,21 @@
 
 #include "platform/print/PrintInfo.h"
 
-#include <set>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace quillorn {
 
-/// The selectors of the "@page" rules in a style sheet, in any depth: "", ":first", "wide:left".
-/// Comments and strings are passed over.
-[[nodiscard]] std::set<std::string> pageSelectorsIn(std::string_view styleSheet);
+/// A style sheet whose "@page" rules, at any depth, mean nothing any more; nothing when it has
+/// none. Comments and strings stay as they are.
+///
+/// Taking away rather than overriding: a rule for some pages only, or an important one in a
+/// layer, would win over any of ours. Headers and footers that such rules draw go, too: they
+/// would stand in our margins.
+[[nodiscard]] std::optional<std::string> withoutPageRules(std::string_view styleSheet);
 
-/// A style sheet that gives the pages of all these selectors the margins of `info` and no size of
-/// their own. Behind the page's own rules it wins over each of them, also important ones.
-[[nodiscard]] std::string pageRules(const std::set<std::string>& selectors, const PrintInfo& info);
+/// A style sheet that gives all pages the margins of `info` and no size of their own.
+[[nodiscard]] std::string pageRules(const PrintInfo& info);
 
 } // namespace quillorn

@@ -8,8 +8,8 @@ namespace quillorn {
 /// Why a web page was not loaded or printed.
 struct WebError {
     enum class Kind {
-        refused,   ///< the page itself is the reason
-        noEngine,  ///< there is nothing that could show it
+        refused,    ///< the page itself is the reason
+        noEngine,   ///< there is nothing that could show it
         notWritten, ///< the PDF could not be written
         cancelled
     };

@@ -20,8 +20,7 @@ public:
     using JSON = DevTools::JSON;
 
     /// `content` outlives this object.
-    WebRequests(const WebContent& content, bool network)
-        : m_content(content), m_network(network) {}
+    WebRequests(const WebContent& content, bool network) : m_content(content), m_network(network) {}
 
     /// The frame whose page is printed.
     void setMainFrame(std::string frame) { m_mainFrame = std::move(frame); }

@@ -49,11 +49,11 @@ WebResult<void> WebSession::open(int width, int height, Clock::time_point deadli
     if (!devTools) {
         const FileError& error = devTools.error();
         const bool cancelled = m_stop.stop_requested();
-        return tl::unexpected(
-            WebError{cancelled ? WebError::Kind::cancelled : WebError::Kind::noEngine,
-                     error.file.empty() ? error.reason
-                                        : "the web engine cannot be started: " +
-                                              error.file.string() + ": " + error.reason});
+        return tl::unexpected(WebError{
+            cancelled ? WebError::Kind::cancelled : WebError::Kind::noEngine,
+            error.file.empty() ? error.reason
+                               : "the web engine cannot be started: " + error.file.string() + ": " +
+                                     error.reason});
     }
     m_devTools = *devTools;
     const auto context =
@@ -77,8 +77,8 @@ WebResult<void> WebSession::open(int width, int height, Clock::time_point deadli
     }
     m_target = text(*target, "targetId");
     m_requests.setMainFrame(m_target); // the engine gives both the same name
-    const auto attached = request("Target.attachToTarget",
-                                  {{"targetId", m_target}, {"flatten", true}}, {}, deadline);
+    const auto attached =
+        request("Target.attachToTarget", {{"targetId", m_target}, {"flatten", true}}, {}, deadline);
     if (!attached) {
         return tl::unexpected(attached.error());
     }
@@ -86,12 +86,9 @@ WebResult<void> WebSession::open(int width, int height, Clock::time_point deadli
     m_sessions.insert(m_session);
     // Each is waited for: the load event of a quick page would come before we listen.
     const std::pair<const char*, JSON> preparations[] = {
-        {"Page.enable", noParameters},
-        {"Page.setLifecycleEventsEnabled", {{"enabled", true}}},
-        {"Inspector.enable", noParameters},
-        {"Target.setAutoAttach", attachToAll()},
-        {"Fetch.enable", everyRequest()},
-        {"Network.enable", noParameters},
+        {"Page.enable", noParameters},      {"Page.setLifecycleEventsEnabled", {{"enabled", true}}},
+        {"Inspector.enable", noParameters}, {"Target.setAutoAttach", attachToAll()},
+        {"Fetch.enable", everyRequest()},   {"Network.enable", noParameters},
     };
     for (const auto& [method, parameters] : preparations) {
         if (auto done = call(method, parameters, deadline); !done) {

@@ -58,8 +58,8 @@ WebResult<void> WebView::load(std::unique_ptr<WebContent> content, const PrintIn
     if (!navigated) {
         loaded = tl::unexpected(navigated.error());
     } else if (navigated->contains("errorText")) {
-        loaded = tl::unexpected(
-            WebError{WebError::Kind::refused, "it cannot be loaded as a web page"});
+        loaded =
+            tl::unexpected(WebError{WebError::Kind::refused, "it cannot be loaded as a web page"});
     } else {
         loaded = waitForLoad(navigated->value("loaderId", std::string()));
     }
@@ -142,11 +142,10 @@ WebResult<void> WebView::prepareForPaper(const PrintInfo& info) {
     if (!m_isCutShort) {
         // Fonts and pictures that only paper needs are asked for now. Whatever does not come
         // soon is printed without.
-        const auto ready = m_session->evaluate(
-            "window.dispatchEvent(new Event('beforeprint'));"
-            "document.body && document.body.offsetHeight;"
-            "document.fonts.ready.then(() => true)",
-            soon());
+        const auto ready = m_session->evaluate("window.dispatchEvent(new Event('beforeprint'));"
+                                               "document.body && document.body.offsetHeight;"
+                                               "document.fonts.ready.then(() => true)",
+                                               soon());
         if (!ready && m_session->hasCrashed()) {
             return tl::unexpected(ready.error());
         }
@@ -159,10 +158,9 @@ WebResult<void> WebView::prepareForPaper(const PrintInfo& info) {
     }
     const double height = metrics->value("/cssContentSize/height"_json_pointer, 0.0);
     if (height > m_limits.sheets * info.printableHeight() * pixelsPerPoint) {
-        return tl::unexpected(
-            WebError{WebError::Kind::refused,
-                     "it would be longer than " +
-                         std::to_string(std::lround(m_limits.sheets)) + " pages"});
+        return tl::unexpected(WebError{
+            WebError::Kind::refused,
+            "it would be longer than " + std::to_string(std::lround(m_limits.sheets)) + " pages"});
     }
     return setPageRules(info);
 }
@@ -174,21 +172,30 @@ WebResult<void> WebView::setPageRules(const PrintInfo& info) {
             return tl::unexpected(std::move(enabled.error()));
         }
     }
-    std::set<std::string> selectors;
-    if (m_session->styleSheets().size() <= mostStyleSheets) {
-        for (const std::string& sheet : m_session->styleSheets()) {
-            const auto got =
-                m_session->call("CSS.getStyleSheetText", {{"styleSheetId", sheet}}, deadline);
-            if (!got && m_session->hasCrashed()) {
-                return tl::unexpected(got.error());
+    // The set grows when a changed sheet is announced once more.
+    const std::set<std::string> sheets = m_session->styleSheets();
+    if (sheets.size() > mostStyleSheets) {
+        return tl::unexpected(
+            WebError{WebError::Kind::refused, "it has an absurd number of style sheets"});
+    }
+    for (const std::string& sheet : sheets) {
+        const JSON which = {{"styleSheetId", sheet}};
+        const auto text = m_session->call("CSS.getStyleSheetText", which, deadline);
+        auto changed = withoutPageRules(text ? text->value("text", std::string()) : "");
+        if (changed) {
+            const auto set =
+                m_session->call("CSS.setStyleSheetText",
+                                {{"styleSheetId", sheet}, {"text", std::move(*changed)}}, deadline);
+            if (!set) {
+                return tl::unexpected(set.error());
             }
-            selectors.merge(pageSelectorsIn(got ? got->value("text", std::string()) : ""));
+        } else if (!text && m_session->hasCrashed()) {
+            return tl::unexpected(text.error());
         }
     }
     // Style sheets made by a script are subject to no policy of the page's.
     const auto set = m_session->evaluate(
-        "{ const rules = new CSSStyleSheet(); rules.replaceSync(" +
-            quoted(pageRules(selectors, info)) +
+        "{ const rules = new CSSStyleSheet(); rules.replaceSync(" + quoted(pageRules(info)) +
             "); document.adoptedStyleSheets = [...document.adoptedStyleSheets, rules]; true }",
         deadline);
     return set ? WebResult<void>() : tl::unexpected(set.error());

@@ -25,9 +25,9 @@ namespace quillorn {
 class WebView {
 public:
     struct Limits {
-        std::chrono::milliseconds time{60'000}; ///< for loading and printing together
+        std::chrono::milliseconds time{60'000};   ///< for loading and printing together
         std::chrono::milliseconds silence{1'500}; ///< of other machines
-        double sheets = 5'000; ///< a page that is longer than so many is refused
+        double sheets = 5'000;                    ///< a page that is longer than so many is refused
     };
 
     /// `engine` outlives this object.

@@ -60,8 +60,7 @@ std::optional<Order> fromWords(const std::vector<std::string>& words) {
     if (words.size() <= headWords || !read(words[1], order.limits.dataBytes) ||
         !read(words[2], order.limits.cpuSeconds) || !read(words[3], order.limits.fileBytes) ||
         !read(words[4], user) || !read(words[5], group) || !read(words[6], outputLimit) ||
-        !read(words[7], network) ||
-        user.has_value() != group.has_value() || !outputLimit) {
+        !read(words[7], network) || user.has_value() != group.has_value() || !outputLimit) {
         return std::nullopt;
     }
     order.workingFolder = words[0];

@@ -164,7 +164,8 @@ FileResult<SpawnedKeeper> spawnKeeper(const ChildCommand& command) {
         theirs.push_back(std::move(ends->theirs));
     }
     std::vector<std::string> words =
-        keeper::toWords({command.workingFolder, command.limits, command.user, command.network, command.outputLimit, command.arguments});
+        keeper::toWords({command.workingFolder, command.limits, command.user, command.network,
+                         command.outputLimit, command.arguments});
     words.insert(words.begin(), program);
     const int process = arrangement.spawn(program, std::move(words), environmentOf(command));
     if (process < 0) {

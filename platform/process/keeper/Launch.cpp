@@ -57,8 +57,7 @@ bool setLimit(__rlimit_resource_t resource, const std::optional<std::uint64_t>& 
 
 bool writeText(const char* file, const std::string& text) {
     const FileDescriptor descriptor(::open(file, O_WRONLY | O_CLOEXEC));
-    return ::write(descriptor.get(), text.data(), text.size()) ==
-           static_cast<ssize_t>(text.size());
+    return ::write(descriptor.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
 }
 
 /// Puts the child into a network without any connection. An ordinary user may do that only
