@@ -18,6 +18,8 @@ namespace {
 /// seconds.
 constexpr std::chrono::seconds startPatience{30};
 
+constexpr std::chrono::seconds endPatience{1};
+
 /// No page needs to write files of this size; a browser gone wild might.
 constexpr std::uint64_t largestFile = std::uint64_t{1} << 30U;
 
@@ -32,7 +34,7 @@ std::vector<std::string> argumentsFor(const fs::path& program, const fs::path& p
         "--disable-sync", "--disable-default-apps", "--disable-breakpad", "--disable-dev-shm-usage",
         "--password-store=basic", "--use-mock-keychain", "--no-pings",
         // Pages stay alone, and addresses as they are written.
-        "--block-new-web-contents",
+        "--block-new-web-contents", "--disable-site-isolation-trials",
         "--disable-features=Translate,MediaRouter,OptimizationHints,DialMediaRouteProvider,"
         "HttpsUpgrades,HttpsFirstBalancedModeAutoEnable,HttpsFirstModeV2,"
         "IsolateOrigins,site-per-process",
@@ -146,6 +148,10 @@ FileResult<std::unique_ptr<WebEngine::Run>> WebEngine::start(const fs::path& pro
         if (wait == WebWait::done && message.value("id", 0) == *number) {
             return run;
         }
+    }
+    if (wait == WebWait::engineGone) {
+        // Its pipes are closed a moment before it is gone. How it ended is worth that moment.
+        static_cast<void>(run->child.waitUntil(DevTools::Clock::now() + endPatience));
     }
     const ChildEnd ended = run->child.stop();
     return tl::unexpected(FileError{program,

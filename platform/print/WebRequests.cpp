@@ -35,21 +35,27 @@ JSON answerWith(const std::string& request, WebResource resource) {
 
 } // namespace
 
-bool WebRequests::isAllowed(const JSON& event, const std::string& url) {
-    if (text(event, "resourceType") != "Document" || text(event, "frameId") != m_mainFrame) {
+bool WebRequests::mayLeadTo(const std::string& url) {
+    if (!std::exchange(m_startWasServed, true)) {
         return true;
     }
-    return !std::exchange(m_startWasServed, true) && urlKey(url) == urlKey(m_content.startURL());
+    if (!m_follows) {
+        return false;
+    }
+    m_isFollowing = m_content.find(url).has_value();
+    m_leadAstray = m_leadAstray || !m_isFollowing;
+    return m_isFollowing;
 }
 
 bool WebRequests::answer(DevTools& devTools, const JSON& event, const std::string& session) {
     const std::string request = text(event, "requestId");
     const std::string url = text(event.value("request", JSON::object()), "url");
-    if (!isAllowed(event, url)) {
-        // "Aborted" leaves the present page as it is; any other reason shows a page about it.
+    const bool isPage =
+        text(event, "resourceType") == "Document" && text(event, "frameId") == m_mainFrame;
+    if (isPage && !mayLeadTo(url)) {
+        // "No content" leaves the present page as it is.
         return devTools
-            .send("Fetch.failRequest", {{"requestId", request}, {"errorReason", "Aborted"}},
-                  session)
+            .send("Fetch.fulfillRequest", {{"requestId", request}, {"responseCode", 204}}, session)
             .has_value();
     }
     if (auto resource = m_content.find(url)) {
@@ -57,8 +63,8 @@ bool WebRequests::answer(DevTools& devTools, const JSON& event, const std::strin
             .send("Fetch.fulfillRequest", answerWith(request, std::move(*resource)), session)
             .has_value();
     }
-    if (m_network && isRemoteURL(url)) {
-        m_waitedFor.insert(text(event, "networkId"));
+    if (m_network && isRemoteURL(url) && !m_silent.contains(hostOfURL(url))) {
+        m_waitedFor.insert_or_assign(text(event, "networkId"), hostOfURL(url));
         m_lastNews = DevTools::Clock::now();
         return devTools.send("Fetch.continueRequest", {{"requestId", request}}, session)
             .has_value();
@@ -70,14 +76,32 @@ bool WebRequests::answer(DevTools& devTools, const JSON& event, const std::strin
 }
 
 void WebRequests::note(const std::string& method, const JSON& event) {
-    const std::string request = text(event, "requestId");
-    if (!m_waitedFor.contains(request)) {
+    const auto waiting = m_waitedFor.find(text(event, "requestId"));
+    if (waiting == m_waitedFor.end()) {
         return;
     }
     m_lastNews = DevTools::Clock::now();
-    if (method == "Network.loadingFinished" || method == "Network.loadingFailed") {
-        m_waitedFor.erase(request);
+    if (method == "Network.responseReceived" || method == "Network.dataReceived") {
+        m_answering.insert(waiting->second);
+    } else if (method == "Network.loadingFinished" || method == "Network.loadingFailed") {
+        m_waitedFor.erase(waiting);
     }
+}
+
+void WebRequests::giveUpSilentOnes(bool all) {
+    for (const auto& [request, host] : m_waitedFor) {
+        if (!m_answering.contains(host)) {
+            m_silent.insert(host);
+        }
+    }
+    m_network = m_network && !all;
+}
+
+void WebRequests::restart() {
+    m_waitedFor.clear();
+    m_startWasServed = false;
+    m_isFollowing = false;
+    m_leadAstray = false;
 }
 
 std::optional<DevTools::Clock::time_point> WebRequests::silentSince() const {

@@ -44,7 +44,7 @@ WebSession::~WebSession() {
     }
 }
 
-WebResult<void> WebSession::open(int width, int height, Clock::time_point deadline) {
+WebResult<void> WebSession::makeContext(Clock::time_point deadline) {
     auto devTools = m_engine.connect(m_stop);
     if (!devTools) {
         const FileError& error = devTools.error();
@@ -59,9 +59,23 @@ WebResult<void> WebSession::open(int width, int height, Clock::time_point deadli
     const auto context =
         request("Target.createBrowserContext", {{"disposeOnDetach", true}}, {}, deadline);
     if (!context) {
+        m_devTools = nullptr;
+        m_engine.end();
         return tl::unexpected(context.error());
     }
     m_context = text(*context, "browserContextId");
+    return {};
+}
+
+WebResult<void> WebSession::open(int width, int height, Clock::time_point deadline) {
+    auto made = makeContext(deadline);
+    if (!made && made.error().kind == WebError::Kind::refused) {
+        // An engine that was kept may have died meanwhile, which is not this page's fault.
+        made = makeContext(deadline);
+    }
+    if (!made) {
+        return made;
+    }
     const auto denied =
         request("Browser.setDownloadBehavior",
                 {{"behavior", "deny"}, {"browserContextId", m_context}}, {}, deadline);
@@ -195,6 +209,12 @@ void WebSession::deal(const JSON& message) {
     } else if (method == "Page.lifecycleEvent") {
         if (text(event, "name") == "load") {
             m_loaded.insert(text(event, "loaderId"));
+        }
+    } else if (method == "Page.frameNavigated") {
+        const JSON frame = inner(event, "frame");
+        if (text(frame, "id") == m_target) {
+            m_loader = text(frame, "loaderId");
+            m_requests.setArrived();
         }
     } else if (method == "Page.javascriptDialogOpening") {
         m_devTools->send("Page.handleJavaScriptDialog", {{"accept", false}}, session);

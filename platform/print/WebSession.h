@@ -9,6 +9,7 @@
 #include <set>
 #include <stop_token>
 #include <string>
+#include <utility>
 
 namespace quillorn {
 
@@ -43,17 +44,22 @@ public:
     /// What a wait that did not go well means for the page.
     [[nodiscard]] WebError errorOf(WebWait wait) const;
 
-    [[nodiscard]] bool hasLoaded(const std::string& loader) const {
-        return m_loaded.contains(loader);
+    /// Whether the page that the main frame shows, and is to show, is complete.
+    [[nodiscard]] bool hasLoaded() const {
+        return m_loaded.contains(m_loader) && !m_requests.isFollowing();
     }
+    /// Takes the page of this loader for the one to wait for, unless it leads on to another.
+    void setLoader(std::string loader) { m_loader = std::move(loader); }
     [[nodiscard]] bool hasCrashed() const { return m_hasCrashed; }
-    [[nodiscard]] const WebRequests& requests() const { return m_requests; }
+    [[nodiscard]] WebRequests& requests() { return m_requests; }
     /// The style sheets seen since "CSS.enable".
     [[nodiscard]] const std::set<std::string>& styleSheets() const { return m_styleSheets; }
     /// From now on the page counts as well behaved: the engine may be kept.
     void setFine() { m_isFine = true; }
 
 private:
+    /// Makes a place for the page in the engine, which is started if need be.
+    WebResult<void> makeContext(Clock::time_point deadline);
     void deal(const JSON& message);
     WebResult<JSON> request(const std::string& method, JSON parameters, const std::string& session,
                             Clock::time_point deadline);
@@ -66,6 +72,7 @@ private:
     std::string m_target;
     std::string m_session;
     std::set<std::string> m_sessions; ///< the page's and those of its frames and workers
+    std::string m_loader;             ///< of the main frame's document
     std::set<std::string> m_loaded;   ///< loaders whose documents are complete
     std::set<std::string> m_styleSheets;
     int m_world = 0; ///< our own scripts' context; 0 before the first

@@ -111,6 +111,11 @@ std::string schemeOfURL(std::string_view url) {
     return lowered(url.substr(0, colon));
 }
 
+std::string hostOfURL(std::string_view url) {
+    const auto parts = partsOf(url);
+    return parts ? lowered(parts->authority) : std::string();
+}
+
 bool isRemoteURL(std::string_view url) {
     const std::string scheme = schemeOfURL(url);
     return scheme == "http" || scheme == "https";

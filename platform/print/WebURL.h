@@ -17,6 +17,9 @@ namespace quillorn {
 /// The scheme in small letters ("https"); empty when the text is no absolute address.
 [[nodiscard]] std::string schemeOfURL(std::string_view url);
 
+/// The machine (and port) that an address leads to, in small letters; empty where it has none.
+[[nodiscard]] std::string hostOfURL(std::string_view url);
+
 /// Whether an address leads to another machine.
 [[nodiscard]] bool isRemoteURL(std::string_view url);
 

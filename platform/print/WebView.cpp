@@ -20,8 +20,8 @@ using JSON = DevTools::JSON;
 constexpr double pixelsPerPoint = 96.0 / 72.0;
 constexpr double pointsPerInch = 72.0;
 
-/// What a page may still need once it has loaded, or a busy engine for a small thing.
-constexpr std::chrono::seconds shortWhile{2};
+/// What a page may still need once it has loaded.
+constexpr std::chrono::seconds shortWhile{1};
 
 constexpr std::size_t pdfBlock = 4U << 20U; // bytes
 constexpr std::size_t mostStyleSheets = 2'000;
@@ -52,16 +52,9 @@ WebResult<void> WebView::load(std::unique_ptr<WebContent> content, const PrintIn
         return opened;
     }
     m_start = Clock::now();
-    const auto navigated = m_session->call("Page.navigate", {{"url", m_content->startURL()}},
-                                           m_start + m_limits.time / 2);
-    WebResult<void> loaded;
-    if (!navigated) {
-        loaded = tl::unexpected(navigated.error());
-    } else if (navigated->contains("errorText")) {
-        loaded =
-            tl::unexpected(WebError{WebError::Kind::refused, "it cannot be loaded as a web page"});
-    } else {
-        loaded = waitForLoad(navigated->value("loaderId", std::string()));
+    auto loaded = navigate();
+    if (loaded) {
+        loaded = waitForLoad();
     }
     if (!loaded) {
         m_session.reset();
@@ -69,36 +62,61 @@ WebResult<void> WebView::load(std::unique_ptr<WebContent> content, const PrintIn
     return loaded;
 }
 
-WebResult<void> WebView::waitForLoad(const std::string& loader) {
+WebResult<void> WebView::navigate() {
+    m_session->requests().restart();
+    const auto navigated = m_session->call("Page.navigate", {{"url", m_content->startURL()}},
+                                           m_start + m_limits.time / 2);
+    if (!navigated) {
+        return tl::unexpected(navigated.error());
+    }
+    if (navigated->contains("errorText")) {
+        return tl::unexpected(
+            WebError{WebError::Kind::refused, "it cannot be loaded as a web page"});
+    }
+    m_session->setLoader(navigated->value("loaderId", std::string()));
+    return {};
+}
+
+WebResult<void> WebView::waitForLoad() {
     const auto half = m_start + m_limits.time / 2;
-    bool isOffline = false;
-    while (!m_session->hasLoaded(loader)) {
-        const auto silent = m_session->requests().silentSince();
-        const bool watchesSilence = silent && !isOffline;
-        const auto until = watchesSilence ? std::min(half, *silent + m_limits.silence) : half;
+    WebRequests& requests = m_session->requests();
+    // Of the patience with others, most is for the first time that they keep silent.
+    auto patience = m_limits.silence * 2 / 3;
+    bool isFirstSilence = true;
+    while (!m_session->hasLoaded()) {
+        const auto silent = requests.silentSince();
+        const auto until = silent ? std::min(half, *silent + patience) : half;
         const WebWait wait = m_session->waitForEvent(until);
-        if (wait == WebWait::done) {
-            continue;
-        }
-        if (wait != WebWait::timeOver) {
+        if (wait != WebWait::done && wait != WebWait::timeOver) {
             return tl::unexpected(m_session->errorOf(wait));
+        }
+        const bool leadsAstray = requests.takeLeadAstray();
+        if (wait == WebWait::done && !leadsAstray) {
+            continue;
         }
         if (Clock::now() >= half) {
             cutShort();
             return {};
         }
-        // Whoever was asked has been silent for too long: every such request fails now.
-        isOffline = true;
-        m_session->tell("Network.emulateNetworkConditions", {{"offline", true},
-                                                             {"latency", 0},
-                                                             {"downloadThroughput", -1},
-                                                             {"uploadThroughput", -1}});
+        if (leadsAstray) {
+            // The engine reads no further in a page that wants to be left. Without scripts it is
+            // what it says by itself.
+            m_session->tell("Emulation.setScriptExecutionDisabled", {{"value", true}});
+        } else {
+            requests.giveUpSilentOnes(!std::exchange(isFirstSilence, false));
+            patience = m_limits.silence - patience;
+        }
+        if (auto again = navigate(); !again) {
+            return again;
+        }
     }
+    requests.setFollowing(false);
     return {};
 }
 
 void WebView::cutShort() {
     m_isCutShort = true;
+    m_session->requests().setFollowing(false);
     // These reach a page in an endless loop, too. One that does not answer fails at printing.
     m_session->tell("Emulation.setScriptExecutionDisabled", {{"value", true}});
     m_session->tell("Runtime.terminateExecution", JSON::object());

@@ -17,16 +17,16 @@ namespace quillorn {
 ///
 /// Loading ends with the page's load event, and at half of the time limit in any case: what is
 /// there by then is printed. Pictures and styles that are missing do not hold it up; other
-/// machines, where they may be asked at all, are given up when they keep silent. Then scripts are
-/// switched off, so that nothing changes any more, and the page is laid out for the paper with
-/// our margins, whatever its own "@page" rules say.
+/// machines, where they may be asked at all, are given up when they keep silent, and the page is
+/// loaded without them. Then scripts are switched off, so that nothing changes any more, and the
+/// page is laid out for the paper with our margins, whatever its own "@page" rules say.
 ///
 /// One page after the other, on one thread.
 class WebView {
 public:
     struct Limits {
         std::chrono::milliseconds time{60'000};   ///< for loading and printing together
-        std::chrono::milliseconds silence{1'500}; ///< of other machines
+        std::chrono::milliseconds silence{1'900}; ///< of other machines, altogether
         double sheets = 5'000;                    ///< a page that is longer than so many is refused
     };
 
@@ -45,7 +45,9 @@ public:
 private:
     using Clock = DevTools::Clock;
 
-    WebResult<void> waitForLoad(const std::string& loader);
+    /// Lets the engine fetch the page, again if need be.
+    WebResult<void> navigate();
+    WebResult<void> waitForLoad();
     /// Ends loading and scripts of a page that does not come to its end.
     void cutShort();
     WebResult<void> prepareForPaper(const PrintInfo& info);

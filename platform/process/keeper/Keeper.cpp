@@ -31,6 +31,7 @@ void Keeper::watch() {
     while (!m_isCut && !m_hasEnded) {
         waitForNews();
     }
+    reapChildren(); // it may have ended just before it was given up
     if (!m_hasEnded) {
         ::kill(-m_child, SIGKILL);
         while (::waitpid(m_child, &m_waitStatus, 0) < 0 && errno == EINTR) {

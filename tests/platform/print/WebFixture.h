@@ -7,6 +7,7 @@
 #include "tests/fakes/TemporaryFolder.h"
 
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
@@ -29,6 +30,7 @@ inline PrintInfo printInfoFor(std::filesystem::path file) {
 /// Prints pages that lie in a folder of their own. One engine serves all tests of the program.
 class WebFixture : public testing::Test {
 protected:
+    static void SetUpTestSuite() { std::signal(SIGPIPE, SIG_IGN); } // as the program does
     static void TearDownTestSuite() { engine().end(); }
     static WebEngine& engine() {
         static WebEngine one;
