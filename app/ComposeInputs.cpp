@@ -51,19 +51,23 @@ ComposePlan ComposeInputs::plan(const ComposeRequest& request, const std::stop_t
     m_plan = {};
     m_stop = stop;
     for (const GroupRequest& requested : request.groups) {
-        OutputGroup group{requested.name, std::make_unique<PDFDocument>()};
-        bool accepted = false;
-        for (const FileRequest& file : requested.files) {
-            if (stop.stop_requested()) {
-                return std::move(m_plan);
-            }
-            addFile(file, group, accepted, request.json);
-        }
-        m_plan.groups.push_back(std::move(group));
-        m_plan.hasInputs.push_back(accepted);
+        addGroup(requested, request.json);
     }
     m_htmlConverter.reset(); // its engine need not wait for the writing
     return std::move(m_plan);
+}
+
+void ComposeInputs::addGroup(const GroupRequest& requested, bool json) {
+    OutputGroup group{requested.name, std::make_unique<PDFDocument>()};
+    bool accepted = false;
+    for (const FileRequest& file : requested.files) {
+        if (m_stop.stop_requested()) {
+            return;
+        }
+        addFile(file, group, accepted, json);
+    }
+    m_plan.groups.push_back(std::move(group));
+    m_plan.hasInputs.push_back(accepted);
 }
 
 void ComposeInputs::addFile(const FileRequest& file, OutputGroup& group, bool& accepted,

@@ -43,6 +43,8 @@ private:
     using Source = std::shared_ptr<const PDFSource>;
     using Key = std::pair<std::string, std::optional<std::string>>; ///< path and password
 
+    /// Leaves the group out when a stop is requested.
+    void addGroup(const GroupRequest& requested, bool json);
     void addFile(const FileRequest& file, OutputGroup& group, bool& accepted, bool json);
     /// The source at `path`; null when it was refused, which is noted the first time.
     Source open(const std::string& path, const FileRequest& file);

@@ -83,7 +83,7 @@ std::string_view missingConverterReason(FileRoute route) {
     case FileRoute::image:
         return "images are not turned into pages by this version yet";
     case FileRoute::html:
-        return "web pages are not turned into pages by this version yet";
+        return "there is no converter of web pages here";
     case FileRoute::richText:
     case FileRoute::word:
         return "text documents are not turned into pages by this version yet";

@@ -50,8 +50,8 @@ std::string xmlOf(const ArchivedResource& resource) {
 }
 
 std::string xmlOf(const ArchivedPage& page) {
-    std::string xml = "<dict><key>WebMainResource</key>" + xmlOf(page.main) +
-                      "<key>WebSubresources</key><array>";
+    std::string xml =
+        "<dict><key>WebMainResource</key>" + xmlOf(page.main) + "<key>WebSubresources</key><array>";
     for (const ArchivedResource& resource : page.resources) {
         xml += xmlOf(resource);
     }
@@ -72,12 +72,13 @@ std::string xmlWebArchive(const ArchivedPage& page) {
 std::string binaryWebArchive(const ArchivedPage& page) {
     const TemporaryFolder folder;
     writeFile(folder / "in", xmlWebArchive(page));
-    const std::string script = "import plistlib,sys\n"
-                               "page = plistlib.load(open(sys.argv[1], 'rb'))\n"
-                               "plistlib.dump(page, open(sys.argv[2], 'wb'), fmt=plistlib.FMT_BINARY)";
-    const ProgramResult result = Program("python3", {"-c", script, (folder / "in").string(),
-                                                     (folder / "out").string()})
-                                     .run();
+    const std::string script =
+        "import plistlib,sys\n"
+        "page = plistlib.load(open(sys.argv[1], 'rb'))\n"
+        "plistlib.dump(page, open(sys.argv[2], 'wb'), fmt=plistlib.FMT_BINARY)";
+    const ProgramResult result =
+        Program("python3", {"-c", script, (folder / "in").string(), (folder / "out").string()})
+            .run();
     if (result.status != 0) {
         throw std::runtime_error(result.errors);
     }

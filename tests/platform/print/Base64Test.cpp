@@ -27,8 +27,8 @@ TEST(Base64, GivesEveryByteBack) {
 }
 
 TEST(Base64, RefusesWhatIsNone) {
-    for (const char* const text : {"Z", "Zg", "Zg=", "Z===", "====", "Zm9v!A==", "Z=9v", "Zg==Zg==",
-                                   "Zm 9v", "Zm9v\n"}) {
+    for (const char* const text :
+         {"Z", "Zg", "Zg=", "Z===", "====", "Zm9v!A==", "Z=9v", "Zg==Zg==", "Zm 9v", "Zm9v\n"}) {
         EXPECT_EQ(fromBase64(text), std::nullopt) << text;
     }
 }

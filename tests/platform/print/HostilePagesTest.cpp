@@ -64,7 +64,9 @@ TEST_F(HostilePages, FilesOutsideTheFolderStaySecret) {
     const std::string outside = "file://" + (folders / "secret.html").string();
     const std::string text = outcome(
         "<p>shown</p><iframe src=/etc/passwd></iframe><iframe src=file:///etc/passwd></iframe>"
-        "<iframe src='" + outside + "'></iframe><iframe src=../secret.html></iframe>"
+        "<iframe src='" +
+        outside +
+        "'></iframe><iframe src=../secret.html></iframe>"
         "<iframe src=link.html></iframe><iframe src=up/secret.html></iframe>"
         "<object data=../secret.html></object><embed src=../secret.html>"
         "<script src=../secret.js></script><script>"
@@ -73,8 +75,8 @@ TEST_F(HostilePages, FilesOutsideTheFolderStaySecret) {
         "        document.write(x.responseText) } catch (e) {}"
         "  fetch(u).then(r => r.text()).then(t => document.write(t)).catch(() => {}) }"
         "</script>");
-    EXPECT_THAT(text, AllOf(HasSubstr("shown"), Not(HasSubstr("the secret")),
-                            Not(HasSubstr("root:"))));
+    EXPECT_THAT(text,
+                AllOf(HasSubstr("shown"), Not(HasSubstr("the secret")), Not(HasSubstr("root:"))));
 }
 
 TEST_F(HostilePages, LeadingOutOfTheFolderLeavesThePage) {

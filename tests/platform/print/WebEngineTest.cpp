@@ -84,7 +84,8 @@ TEST_F(WebEngineTest, ThatIsMissingIsAReason) {
     const auto result = WebView(none).load(std::move(*content), printInfoFor(output));
     ASSERT_FALSE(result);
     EXPECT_EQ(result.error().kind, WebError::Kind::noEngine);
-    EXPECT_EQ(result.error().reason, "no web engine is installed (such as chromium-headless-shell)");
+    EXPECT_EQ(result.error().reason,
+              "no web engine is installed (such as chromium-headless-shell)");
 }
 
 TEST_F(WebEngineTest, ThatDoesNotWorkIsFollowedByTheNext) {

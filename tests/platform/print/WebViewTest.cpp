@@ -134,8 +134,8 @@ TEST_F(WebViewTest, PrintsAnArchiveWithItsFilesAndFrames) {
          "</iframe><img src=https://example.com/gone.png>",
          "utf-8"},
         {{"https://example.com/a.css", "text/css", "#a::after{content:'styled'}", ""}},
-        {{{"https://other.example/f.html", "text/html",
-           "<script src=s.js></script><p>frame", "utf-8"},
+        {{{"https://other.example/f.html", "text/html", "<script src=s.js></script><p>frame",
+           "utf-8"},
           {{"https://other.example/s.js", "text/javascript", "document.write('scripted')", ""}},
           {}}}};
     EXPECT_THAT(printedArchive(page),
@@ -143,17 +143,19 @@ TEST_F(WebViewTest, PrintsAnArchiveWithItsFilesAndFrames) {
 }
 
 TEST_F(WebViewTest, PrintsArchivesOfEveryEncodingAndAddress) {
-    EXPECT_THAT(printedArchive({{"http://a.example/", "text/html", "<p>gr\xfc\xdf", "latin1"},
-                                {}, {}}),
-                HasSubstr("gr\xc3\xbc\xc3\x9f"));
+    EXPECT_THAT(
+        printedArchive({{"http://a.example/", "text/html", "<p>gr\xfc\xdf", "latin1"}, {}, {}}),
+        HasSubstr("gr\xc3\xbc\xc3\x9f"));
     EXPECT_THAT(printedArchive({{"http://a.example/", "text/html",
-                                 std::string("<\0p\0>\0w\0i\0d\0e\0", 14), "utf-16le"}, {}, {}}),
+                                 std::string("<\0p\0>\0w\0i\0d\0e\0", 14), "utf-16le"},
+                                {},
+                                {}}),
                 HasSubstr("wide"));
     EXPECT_THAT(printedArchive({{"about:blank", "text/html", "<p>nowhere", ""}, {}, {}}),
                 HasSubstr("nowhere"));
-    EXPECT_THAT(printedArchive({{"file:///gone/away.html", "text/html", "<p>on a disk", ""},
-                                {}, {}}),
-                HasSubstr("on a disk"));
+    EXPECT_THAT(
+        printedArchive({{"file:///gone/away.html", "text/html", "<p>on a disk", ""}, {}, {}}),
+        HasSubstr("on a disk"));
     EXPECT_THAT(printedArchive({{"http://a.example/x", "text/plain", "plain", ""}, {}, {}}),
                 HasSubstr("plain"));
 }
@@ -164,7 +166,8 @@ TEST_F(WebViewTest, AnArchiveSeesNothingOfTheDisk) {
     for (const char* const address : {"http://a.example/", "file:///a.html"}) {
         EXPECT_THAT(printedArchive({{address, "text/html",
                                      "<p>archive</p><iframe src='" + url + "'></iframe>", ""},
-                                    {}, {}}),
+                                    {},
+                                    {}}),
                     AllOf(HasSubstr("archive"), Not(HasSubstr("the secret"))));
     }
 }
