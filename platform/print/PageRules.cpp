@@ -103,9 +103,14 @@ private:
     bool m_isChanged = false;
 };
 
-/// Without a fraction, whatever the locale.
+/// In hundredths, whatever the locale.
 std::string points(double value) {
-    return std::to_string(std::lround(value)) + "pt";
+    const long hundredths = std::lround(value * 100);
+    const long fraction = hundredths % 100;
+    std::string text = std::to_string(hundredths / 100);
+    text += fraction == 0 ? "" : fraction < 10 ? ".0" : ".";
+    text += fraction == 0 ? "" : std::to_string(fraction);
+    return text + "pt";
 }
 
 } // namespace

@@ -128,22 +128,24 @@ WebResult<void> WebView::print(const PrintInfo& info) {
         return tl::unexpected(WebError{WebError::Kind::refused, "nothing is loaded"});
     }
     const auto deadline = m_start + m_limits.time;
-    WebResult<void> result = prepareForPaper(info);
+    ExactPaper paper(info);
+    const PrintInfo& asked = paper.request();
+    WebResult<void> result = prepareForPaper(asked);
     if (result) {
         const auto printed = m_session->call("Page.printToPDF",
                                              {{"printBackground", true},
                                               {"displayHeaderFooter", false},
                                               {"preferCSSPageSize", false},
                                               {"generateTaggedPDF", true},
-                                              {"paperWidth", info.paper.width / pointsPerInch},
-                                              {"paperHeight", info.paper.height / pointsPerInch},
-                                              {"marginTop", info.topMargin / pointsPerInch},
-                                              {"marginBottom", info.bottomMargin / pointsPerInch},
-                                              {"marginLeft", info.leftMargin / pointsPerInch},
-                                              {"marginRight", info.rightMargin / pointsPerInch},
+                                              {"paperWidth", asked.paper.width / pointsPerInch},
+                                              {"paperHeight", asked.paper.height / pointsPerInch},
+                                              {"marginTop", asked.topMargin / pointsPerInch},
+                                              {"marginBottom", asked.bottomMargin / pointsPerInch},
+                                              {"marginLeft", asked.leftMargin / pointsPerInch},
+                                              {"marginRight", asked.rightMargin / pointsPerInch},
                                               {"transferMode", "ReturnAsStream"}},
                                              deadline);
-        result = printed ? save(printed->value("stream", std::string()), info)
+        result = printed ? save(printed->value("stream", std::string()), paper, info)
                          : tl::unexpected(printed.error());
     }
     if (result && !m_isCutShort) {
@@ -219,7 +221,7 @@ WebResult<void> WebView::setPageRules(const PrintInfo& info) {
     return set ? WebResult<void>() : tl::unexpected(set.error());
 }
 
-WebResult<void> WebView::save(const std::string& stream, const PrintInfo& info) {
+WebResult<void> WebView::save(const std::string& stream, ExactPaper& paper, const PrintInfo& info) {
     const auto deadline = m_start + m_limits.time;
     auto file = ReplacementFile::create(info.savePath);
     if (!file) {
@@ -236,10 +238,10 @@ WebResult<void> WebView::save(const std::string& stream, const PrintInfo& info) 
         if (!bytes) {
             return tl::unexpected(m_session->errorOf(WebWait::engineGone));
         }
-        if (auto written = file->write(*bytes); !written) {
+        isWhole = block->value("eof", true);
+        if (auto written = file->write(paper.corrected(*bytes, isWhole)); !written) {
             return tl::unexpected(notWritten(written.error()));
         }
-        isWhole = block->value("eof", true);
     }
     if (file->bytesWritten() == 0) {
         return tl::unexpected(WebError{WebError::Kind::refused, "the web engine printed nothing"});

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/print/ExactPaper.h"
 #include "platform/print/PrintInfo.h"
 #include "platform/print/WebContent.h"
 #include "platform/print/WebEngine.h"
@@ -52,7 +53,7 @@ private:
     void cutShort();
     WebResult<void> prepareForPaper(const PrintInfo& info);
     WebResult<void> setPageRules(const PrintInfo& info);
-    WebResult<void> save(const std::string& stream, const PrintInfo& info);
+    WebResult<void> save(const std::string& stream, ExactPaper& paper, const PrintInfo& info);
 
     WebEngine& m_engine;
     Limits m_limits;

@@ -42,8 +42,9 @@ TEST(PageRules, OfOursHaveTheMarginsAndNoSize) {
     info.topMargin = 50;
     info.rightMargin = 25;
     info.bottomMargin = 51;
-    info.leftMargin = 26;
-    EXPECT_EQ(pageRules(info), "@page{size:auto!important;margin:50pt 25pt 51pt 26pt!important}");
+    info.leftMargin = 26.24;
+    EXPECT_EQ(pageRules(info),
+              "@page{size:auto!important;margin:50pt 25pt 51pt 26.24pt!important}");
 }
 
 } // namespace
