@@ -1,5 +1,7 @@
 #include "platform/print/WebEngine.h"
 
+#include "platform/print/JSONAccess.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
@@ -145,7 +147,7 @@ FileResult<std::unique_ptr<WebEngine::Run>> WebEngine::start(const fs::path& pro
     WebWait wait = number ? WebWait::done : WebWait::engineGone;
     for (DevTools::JSON message; wait == WebWait::done;) {
         wait = run->devTools.receive(message, deadline, stop);
-        if (wait == WebWait::done && message.value("id", 0) == *number) {
+        if (wait == WebWait::done && json::number(message, "id") == *number) {
             return run;
         }
     }

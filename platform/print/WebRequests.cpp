@@ -1,6 +1,7 @@
 #include "platform/print/WebRequests.h"
 
 #include "platform/print/Base64.h"
+#include "platform/print/JSONAccess.h"
 #include "platform/print/WebURL.h"
 
 #include <utility>
@@ -10,12 +11,7 @@ namespace quillorn {
 namespace {
 
 using JSON = DevTools::JSON;
-
-/// A text in an object of the engine's; empty when it is missing.
-std::string text(const JSON& object, const char* key) {
-    const auto found = object.find(key);
-    return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
-}
+using json::text;
 
 JSON header(const char* name, std::string value) {
     return {{"name", name}, {"value", std::move(value)}};
@@ -49,7 +45,7 @@ bool WebRequests::mayLeadTo(const std::string& url) {
 
 bool WebRequests::answer(DevTools& devTools, const JSON& event, const std::string& session) {
     const std::string request = text(event, "requestId");
-    const std::string url = text(event.value("request", JSON::object()), "url");
+    const std::string url = text(json::inner(event, "request"), "url");
     const bool isPage =
         text(event, "resourceType") == "Document" && text(event, "frameId") == m_mainFrame;
     if (isPage && !mayLeadTo(url)) {

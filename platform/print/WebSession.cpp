@@ -1,5 +1,7 @@
 #include "platform/print/WebSession.h"
 
+#include "platform/print/JSONAccess.h"
+
 #include <utility>
 
 namespace quillorn {
@@ -7,18 +9,10 @@ namespace quillorn {
 namespace {
 
 using JSON = DevTools::JSON;
+using json::inner;
+using json::text;
 
 const JSON noParameters = JSON::object();
-
-std::string text(const JSON& object, const char* key) {
-    const auto found = object.find(key);
-    return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
-}
-
-JSON inner(const JSON& object, const char* key) {
-    const auto found = object.find(key);
-    return found != object.end() && found->is_object() ? *found : JSON::object();
-}
 
 JSON everyRequest() {
     return {{"patterns", JSON::array({{{"urlPattern", "*"}}})}};
@@ -127,7 +121,7 @@ WebResult<JSON> WebSession::evaluate(const std::string& script, Clock::time_poin
         if (!world) {
             return world;
         }
-        m_world = world->value("executionContextId", 0);
+        m_world = static_cast<int>(json::number(*world, "executionContextId"));
     }
     auto answer = call("Runtime.evaluate",
                        {{"expression", script},
@@ -141,7 +135,7 @@ WebResult<JSON> WebSession::evaluate(const std::string& script, Clock::time_poin
     if (answer->contains("exceptionDetails")) {
         return tl::unexpected(WebError{WebError::Kind::refused, "a script of ours failed"});
     }
-    return inner(*answer, "result").value("value", JSON());
+    return inner(*answer, "result");
 }
 
 WebResult<JSON> WebSession::request(const std::string& method, JSON parameters,
@@ -156,7 +150,7 @@ WebResult<JSON> WebSession::request(const std::string& method, JSON parameters,
         if (wait != WebWait::done) {
             return tl::unexpected(errorOf(wait));
         }
-        if (message.value("id", 0) != *number) {
+        if (json::number(message, "id") != *number) {
             deal(message);
             if (m_hasCrashed) {
                 return tl::unexpected(errorOf(WebWait::engineGone));

@@ -36,7 +36,7 @@ public:
     /// Sends one whose answer is of no interest.
     void tell(const std::string& method, JSON parameters);
     /// Runs a script where the page's own scripts can neither see nor change what it uses.
-    /// Returns its value.
+    /// Returns what the engine says of its value.
     WebResult<JSON> evaluate(const std::string& script, Clock::time_point deadline);
 
     /// Deals with what happens until the deadline or the next event; `done` stands for an event.

@@ -2,6 +2,7 @@
 
 #include "platform/files/ReplacementFile.h"
 #include "platform/print/Base64.h"
+#include "platform/print/JSONAccess.h"
 #include "platform/print/PageRules.h"
 
 #include <algorithm>
@@ -73,7 +74,7 @@ WebResult<void> WebView::navigate() {
         return tl::unexpected(
             WebError{WebError::Kind::refused, "it cannot be loaded as a web page"});
     }
-    m_session->setLoader(navigated->value("loaderId", std::string()));
+    m_session->setLoader(json::text(*navigated, "loaderId"));
     return {};
 }
 
@@ -145,7 +146,7 @@ WebResult<void> WebView::print(const PrintInfo& info) {
                                               {"marginRight", asked.rightMargin / pointsPerInch},
                                               {"transferMode", "ReturnAsStream"}},
                                              deadline);
-        result = printed ? save(printed->value("stream", std::string()), paper, info)
+        result = printed ? save(json::text(*printed, "stream"), paper, info)
                          : tl::unexpected(printed.error());
     }
     if (result && !m_isCutShort) {
@@ -176,7 +177,7 @@ WebResult<void> WebView::prepareForPaper(const PrintInfo& info) {
     if (!metrics) {
         return tl::unexpected(metrics.error());
     }
-    const double height = metrics->value("/cssContentSize/height"_json_pointer, 0.0);
+    const double height = json::number(json::inner(*metrics, "cssContentSize"), "height");
     if (height > m_limits.sheets * info.printableHeight() * pixelsPerPoint) {
         return tl::unexpected(WebError{
             WebError::Kind::refused,
@@ -201,7 +202,7 @@ WebResult<void> WebView::setPageRules(const PrintInfo& info) {
     for (const std::string& sheet : sheets) {
         const JSON which = {{"styleSheetId", sheet}};
         const auto text = m_session->call("CSS.getStyleSheetText", which, deadline);
-        auto changed = withoutPageRules(text ? text->value("text", std::string()) : "");
+        auto changed = withoutPageRules(text ? json::text(*text, "text") : std::string());
         if (changed) {
             const auto set =
                 m_session->call("CSS.setStyleSheetText",
@@ -233,12 +234,12 @@ WebResult<void> WebView::save(const std::string& stream, ExactPaper& paper, cons
         if (!block) {
             return tl::unexpected(block.error());
         }
-        const std::string text = block->value("data", std::string());
-        const auto bytes = block->value("base64Encoded", false) ? fromBase64(text) : text;
+        const std::string text = json::text(*block, "data");
+        const auto bytes = json::flag(*block, "base64Encoded", false) ? fromBase64(text) : text;
         if (!bytes) {
             return tl::unexpected(m_session->errorOf(WebWait::engineGone));
         }
-        isWhole = block->value("eof", true);
+        isWhole = json::flag(*block, "eof", true);
         if (auto written = file->write(paper.corrected(*bytes, isWhole)); !written) {
             return tl::unexpected(notWritten(written.error()));
         }

@@ -1,5 +1,6 @@
 #include "platform/process/ChildFolder.h"
 #include "platform/process/ChildProcess.h"
+#include "tests/fakes/Program.h"
 #include "tests/fakes/TemporaryFolder.h"
 #include "tests/platform/process/Shell.h"
 
@@ -53,6 +54,21 @@ TEST(ChildLimits, FilesStopGrowing) {
 
 TEST(ChildLimits, NoMemoryImageIsLeft) {
     EXPECT_EQ(run(shell("ulimit -c")).output, "0\n");
+}
+
+TEST(ChildLimits, TheNetworkIsOutOfReachWhereTheSystemGrantsThat) {
+    const bool isRoot = ::geteuid() == 0;
+    const bool isGranted = Program("unshare", {isRoot ? "--net" : "--map-current-user",
+                                               isRoot ? "--" : "--net", "true"})
+                               .run()
+                               .status == 0;
+    // A line for each way out, below two lines of heading.
+    ChildCommand command = shell("sed 1,2d /proc/net/dev | cut -d: -f1 | tr -d ' '; id -u");
+    const std::string with = run(command).output;
+    command.network = false;
+    const std::string without = run(command).output;
+    const std::string user = with.substr(with.rfind('\n', with.size() - 2) + 1);
+    EXPECT_EQ(without, isGranted ? "lo\n" + user : with);
 }
 
 TEST(ChildUser, HasNoPrivilegesWhateverOursAre) {
