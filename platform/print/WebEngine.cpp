@@ -25,6 +25,11 @@ constexpr std::chrono::seconds endPatience{1};
 /// No page needs to write files of this size; a browser gone wild might.
 constexpr std::uint64_t largestFile = std::uint64_t{1} << 30U;
 
+constexpr const char* disabledFeatures =
+    "--disable-features=Translate,MediaRouter,OptimizationHints,DialMediaRouteProvider,"
+    "HttpsUpgrades,HttpsFirstBalancedModeAutoEnable,HttpsFirstModeV2,"
+    "IsolateOrigins,site-per-process";
+
 std::vector<std::string> argumentsFor(const fs::path& program, const fs::path& profile,
                                       bool network) {
     std::vector<std::string> arguments = {
@@ -36,10 +41,7 @@ std::vector<std::string> argumentsFor(const fs::path& program, const fs::path& p
         "--disable-sync", "--disable-default-apps", "--disable-breakpad", "--disable-dev-shm-usage",
         "--password-store=basic", "--use-mock-keychain", "--no-pings",
         // Pages stay alone, and addresses as they are written.
-        "--block-new-web-contents", "--disable-site-isolation-trials",
-        "--disable-features=Translate,MediaRouter,OptimizationHints,DialMediaRouteProvider,"
-        "HttpsUpgrades,HttpsFirstBalancedModeAutoEnable,HttpsFirstModeV2,"
-        "IsolateOrigins,site-per-process",
+        "--block-new-web-contents", "--disable-site-isolation-trials", disabledFeatures,
         // On paper nobody scrolls down to a picture, and glyphs are not fitted to a screen.
         "--blink-settings=lazyLoadEnabled=false", "--font-render-hinting=none"};
     if (!network) {
