@@ -2,7 +2,6 @@
 #include "tests/fakes/WebArchiveFile.h"
 #include "tests/platform/print/WebFixture.h"
 
-#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -10,11 +9,9 @@
 namespace quillorn::tests {
 namespace {
 
-namespace fs = std::filesystem;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
-using testing::SizeIs;
 
 class WebViewTest : public WebFixture {
 protected:
