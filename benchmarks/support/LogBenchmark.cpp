@@ -47,7 +47,7 @@ void LinesToSupportLog(benchmark::State& state) {
         return;
     }
     int line = 0;
-    for (auto _ : state)
+    while (state.KeepRunning())
         ASPrintfTextA("page %d of %s is done", ++line, "a document");
     state.SetItemsProcessed(state.iterations());
 }
@@ -63,7 +63,7 @@ void LinesToSpdlog(benchmark::State& state, bool flushEachLine) {
     logger->set_pattern("%a %b %e %H:%M:%S %Y %v");
     logger->flush_on(flushEachLine ? spdlog::level::trace : spdlog::level::off);
     int line = 0;
-    for (auto _ : state)
+    while (state.KeepRunning())
         logger->info("page {} of {} is done", ++line, "a document");
     state.SetItemsProcessed(state.iterations());
 }

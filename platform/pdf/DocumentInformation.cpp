@@ -60,7 +60,7 @@ std::string withProperty(std::string packet, const std::string& property, const 
             }
             result.append(packet, done, start - done);
             if (value != nullptr) {
-                result += before + value + after;
+                result.append(before).append(value).append(after);
             }
             done = end + after.size();
             start = packet.find(before, done);

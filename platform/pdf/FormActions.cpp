@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -22,22 +23,6 @@ const char* listKey(QPDFObjectHandle action) {
 /// in a file that was made for it.
 constexpr std::size_t longestName = 4096;
 
-/// Empty when it is longer than any form's.
-std::string fullName(QPDFObjectHandle field) {
-    std::string name;
-    while (field.isDictionary()) { // a tree of limited depth, as FieldTree left it
-        if (QPDFObjectHandle part = field.getKey("/T"); part.isString()) {
-            if (part.getStringValue().size() > longestName) {
-                return {};
-            }
-            name.insert(0, name.empty() ? "" : ".");
-            name.insert(0, part.getUTF8Value());
-        }
-        field = field.getKey("/Parent");
-    }
-    return name;
-}
-
 class ListedFields {
 public:
     explicit ListedFields(const FieldTree& fields) : m_fields(fields) {}
@@ -50,8 +35,9 @@ public:
         }
         if (m_byName.empty()) {
             for (const QPDFObjectHandle& field : m_fields.kept()) {
-                if (QPDFObjectHandle(field).hasKey("/T")) {
-                    m_byName.emplace(fullName(field), field);
+                if (const auto& name = fullName(field);
+                    name && QPDFObjectHandle(field).hasKey("/T")) {
+                    m_byName.emplace(*name, field);
                 }
             }
         }
@@ -66,7 +52,29 @@ private:
         return subtype.isName() && !subtype.isNameAndEquals("/Widget");
     }
 
+    /// Nothing when a part of it is longer than any form's. The tree is of limited depth, as
+    /// FieldTree left it.
+    const std::optional<std::string>& fullName(QPDFObjectHandle field) {
+        const auto [place, isNew] = m_names.try_emplace(field.getObjGen(), std::string());
+        std::optional<std::string>& name = place->second;
+        if (!isNew) {
+            return name;
+        }
+        if (QPDFObjectHandle parent = field.getKey("/Parent"); parent.isDictionary()) {
+            name = fullName(parent);
+        }
+        if (QPDFObjectHandle part = field.getKey("/T"); name && part.isString()) {
+            if (part.getStringValue().size() > longestName) {
+                name.reset();
+            } else {
+                *name += (name->empty() ? "" : ".") + part.getUTF8Value();
+            }
+        }
+        return name;
+    }
+
     const FieldTree& m_fields;
+    std::map<QPDFObjGen, std::optional<std::string>> m_names;
     std::map<std::string, QPDFObjectHandle> m_byName;
 };
 

@@ -74,10 +74,13 @@ void FormCarrier::dropSignature(const CarryContext& context, QPDFObjectHandle fi
 /// What the form says for all its fields becomes each top field's own, since the form of the
 /// output serves several documents.
 void FormCarrier::inheritFormDefaults(QPDFObjectHandle form) {
-    for (QPDFObjectHandle field : m_tree->top()) {
-        for (const char* key : {"/DA", "/Q"}) {
-            QPDFObjectHandle value = form.getKey(key);
-            if (isShort(value) && !field.hasKey(key)) {
+    for (const char* key : {"/DA", "/Q"}) {
+        QPDFObjectHandle value = form.getKey(key);
+        if (!isShort(value)) {
+            continue;
+        }
+        for (QPDFObjectHandle field : m_tree->top()) {
+            if (!field.hasKey(key)) {
                 field.replaceKey(key, detached(value));
             }
         }

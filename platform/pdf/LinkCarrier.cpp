@@ -17,7 +17,7 @@ constexpr std::size_t keptOfEndlessChain = 8;
 
 /// Actions copied for one source. Chains that lose a step are copied without it, which thousands
 /// of links that share a long one could ask for.
-constexpr std::size_t mostCopiedActions = 300'000;
+constexpr std::size_t mostCopiedActions = 100'000;
 
 } // namespace
 

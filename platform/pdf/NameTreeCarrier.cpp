@@ -28,9 +28,12 @@ std::string numberedName(const std::string& name, int number) {
 class FileNames {
 public:
     void setApart(QPDFObjectHandle file, std::size_t source) {
-        QPDFObjectHandle stated = file.getKeyIfDict("/UF");
+        if (!file.isDictionary()) {
+            return;
+        }
+        QPDFObjectHandle stated = file.getKey("/UF");
         if (!stated.isString()) {
-            stated = file.getKeyIfDict("/F");
+            stated = file.getKey("/F");
         }
         if (!stated.isString() || stated.getStringValue().size() > longestName) {
             return;

@@ -343,6 +343,12 @@ QPDFObjectHandle WriteJob::placeResources(const CarryContext& context, QPDFObjec
 
 void WriteJob::placeRepeats(const SourcePages& pages) {
     for (const std::size_t page : pages.kept()) {
+        QPDFObjectHandle first = pages.outputPage(page);
+        if (QPDFObjectHandle list = first.getKey("/Annots");
+            pages.outputs(page).size() > 1 && list.isArray() && !list.isIndirect()) {
+            // Copies that share it name it, instead of holding it once more each.
+            first.replaceKey("/Annots", m_document->makeIndirectObject(list));
+        }
         for (const std::size_t output : pages.outputs(page)) {
             if (output != pages.firstOutput(page)) {
                 m_document->replaceObject(m_outputPages[output].getObjGen(),

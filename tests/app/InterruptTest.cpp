@@ -74,7 +74,9 @@ TEST_F(InterruptTest, ASignalAmidTheBytesOfAnOutputLeavesTheOldFile) {
     const Program job = longJob();
     for (const std::uint64_t bytes : {std::uint64_t{1}, std::uint64_t{1} << 20U}) {
         RunningProgram running = job.start();
-        ASSERT_TRUE(waitUntil([&]() { return running.hasOpenFileIn(out, bytes); }));
+        ASSERT_TRUE(waitUntil([&]() {
+            return std::filesystem::exists(out / "Short.pdf") && running.hasOpenFileIn(out, bytes);
+        }));
         running.signal(SIGTERM);
         const ProgramResult result = running.wait();
         EXPECT_EQ(result.status, 128 + SIGTERM) << result.errors;

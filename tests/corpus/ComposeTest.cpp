@@ -1,9 +1,11 @@
 #include "platform/pdf/PDFDocument.h"
+#include "platform/pdf/PDFVerifier.h"
 #include "tests/corpus/Corpus.h"
 #include "tests/corpus/OutsideView.h"
 #include "tests/corpus/SeenDocument.h"
 #include "tests/corpus/TemporaryFolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -26,7 +28,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Mixing takes this many pages of each document at most.
+/// Mixing and repeating take this many pages of each document at most.
 constexpr std::size_t mixedPagesOfEach = 60;
 
 constexpr const char* outputName = "output.pdf";
@@ -109,6 +111,9 @@ protected:
         ASSERT_TRUE(written) << written.error().reason;
         EXPECT_EQ(written->pages, pages.size());
         EXPECT_EQ(written->bytes, fs::file_size(file));
+        const auto verified = verifyPDF(file, pages.size());
+        ASSERT_TRUE(verified) << verified.error().reason;
+        EXPECT_THAT(verified->problems, testing::IsEmpty());
         expectSoundness(file, pages);
         expectGeometry(file, pages);
         expectOutsideView(file, pages);
@@ -160,6 +165,14 @@ protected:
         } else {
             EXPECT_FALSE(subject().verdict().accepts()) << "qpdf reads it but cannot turn it";
         }
+    }
+
+    void composeEachPageTwice() {
+        std::vector<Placed> pages;
+        for (std::size_t i = 0; i < std::min(mixedPagesOfEach, m_subject->pageCount()); ++i) {
+            pages.insert(pages.end(), 2, {m_subject.get(), i, 0});
+        }
+        composeAndCompare(pages);
     }
 
     void composeMixedWithTheNextTwo() {
@@ -279,6 +292,10 @@ TEST_P(RealDocument, ComposesInAnyOrder) {
     {
         SCOPED_TRACE("turned by 90 degrees");
         composeTurnedBy90();
+    }
+    {
+        SCOPED_TRACE("each page twice");
+        composeEachPageTwice();
     }
     SCOPED_TRACE("mixed with the next two documents");
     composeMixedWithTheNextTwo();

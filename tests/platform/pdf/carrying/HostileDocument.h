@@ -10,8 +10,8 @@
 
 namespace quillorn::tests {
 
-/// So many things in a file. The sanitizers look at each access, not at how the work grows, and make
-/// everything slower by an order of magnitude: an eighth serves them.
+/// So many things in a file. The sanitizers look at each access, not at how the work grows, and
+/// make everything slower by an order of magnitude: an eighth serves them.
 constexpr std::size_t many(std::size_t count) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     return count / 8;

@@ -3,6 +3,7 @@
 #include "tests/platform/pdf/carrying/Program.h"
 
 #include <stdexcept>
+#include <utility>
 
 namespace quillorn::tests {
 
@@ -45,14 +46,13 @@ WrittenPDF::WrittenPDF(const std::filesystem::path& path) {
         throw std::runtime_error("qpdf cannot read " + path.string() + ": " +
                                  run.output.substr(0, 2000));
     }
-    const Json objects = Json::parse(run.output).at("qpdf").at(1);
-    for (const auto& [key, object] : objects.items()) {
-        const Json& value =
-            object.contains("value") ? object["value"] : object.at("stream").at("dict");
+    Json document = Json::parse(run.output);
+    for (auto& [key, object] : document.at("qpdf").at(1).items()) {
+        Json& value = object.contains("value") ? object["value"] : object.at("stream").at("dict");
         if (key == "trailer") {
-            m_trailer = value;
+            m_trailer = std::move(value);
         } else {
-            m_objects.emplace(key.substr(std::string("obj:").size()), value);
+            m_objects.emplace(key.substr(std::string("obj:").size()), std::move(value));
         }
     }
     collectPages(catalog().at("/Pages").get<std::string>());
