@@ -11,7 +11,8 @@
 
 namespace quillorn {
 
-/// What a child process and each of its own children may use. Nothing stated: no limit.
+/// What a child process and each of its own children may use. Nothing stated: no limit of ours;
+/// the one that this program sets to its own memory is not its children's.
 struct ChildLimits {
     std::optional<std::uint64_t> dataBytes;  ///< memory of its own (RLIMIT_DATA)
     std::optional<std::uint64_t> cpuSeconds; ///< processor time; ends the process that exceeds it

@@ -106,7 +106,8 @@ std::string_view become(const Order& order, const std::vector<char*>& arguments,
     if (::chdir(order.workingFolder.c_str()) != 0) {
         return "entering its folder";
     }
-    if (!setLimit(RLIMIT_DATA, order.limits.dataBytes)) {
+    // In any case, for the program has one of its own, which is not meant for its children.
+    if (!setLimit(RLIMIT_DATA, order.limits.dataBytes.value_or(RLIM_INFINITY))) {
         return "setting its limits";
     }
     ::execv(arguments.front(), arguments.data());

@@ -1,10 +1,12 @@
 #include "platform/process/ChildFolder.h"
 #include "platform/process/ChildProcess.h"
+#include "tests/fakes/MemoryLimit.h"
 #include "tests/fakes/Program.h"
 #include "tests/fakes/TemporaryFolder.h"
 #include "tests/platform/process/Shell.h"
 
 #include <csignal>
+#include <cstdint>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -32,6 +34,14 @@ TEST(ChildLimits, MemoryEndsWhereTheLimitIs) {
     const ChildEnd end = run(command);
     EXPECT_FALSE(end.isSuccess());
     EXPECT_THAT(end.errors, HasSubstr("MemoryError"));
+}
+
+TEST(ChildLimits, WhatThisProgramAllowsItselfIsNotItsChildrensLimit) {
+    const MemoryLimit ours(std::uint64_t{1} << 30U);
+    EXPECT_TRUE(run(shell("[ $(ulimit -S -d) = $(ulimit -H -d) ]")).isSuccess());
+    ChildCommand command = shell("ulimit -S -d; ulimit -H -d");
+    command.limits.dataBytes = std::uint64_t{2} << 30U;
+    EXPECT_EQ(run(command).output, "2097152\n2097152\n"); // kilobytes
 }
 
 TEST(ChildLimits, ProcessorTimeEnds) {
