@@ -70,12 +70,13 @@ public:
 
 private:
     Checked takeOption(const CommandWord& option) {
-        bool* const flag = option.text == "--json"           ? &m_request.json
-                           : option.text == "--quiet"        ? &m_request.quiet
-                           : option.text == "--keep-going"   ? &m_request.keepGoing
-                           : option.text == "--verify"       ? &m_request.verify
-                           : option.text == "--flat-outline" ? &m_request.flatOutline
-                                                             : nullptr;
+        bool* const flag = option.text == "--json"               ? &m_request.json
+                           : option.text == "--quiet"            ? &m_request.quiet
+                           : option.text == "--keep-going"       ? &m_request.keepGoing
+                           : option.text == "--verify"           ? &m_request.verify
+                           : option.text == "--flat-outline"     ? &m_request.flatOutline
+                           : option.text == "--remote-resources" ? &m_request.remoteResources
+                                                                 : nullptr;
         if (flag != nullptr) {
             *flag = true;
             return CommandWords::checkNoValue(option);

@@ -36,6 +36,7 @@ struct ComposeRequest {
     bool keepGoing = false;
     bool verify = false;              ///< read each output back
     bool flatOutline = false;         ///< no outline entries for the files
+    bool remoteResources = false;     ///< web pages may fetch from other machines
     std::vector<GroupRequest> groups; ///< at least one
 };
 

@@ -3,6 +3,7 @@
 #include "app/ExitStatus.h"
 #include "app/ProgressLine.h"
 #include "app/TerminalText.h"
+#include "app/WebConversion.h"
 #include "model/FileNames.h"
 #include "platform/files/PrivateFolder.h"
 
@@ -48,7 +49,10 @@ void ComposeCommand::work() {
     if (privateFolder) {
         snapshots = SnapshotPolicy{privateFolder->path(), copyLimit};
         conversions =
-            ComposeConversions{ImageReader(m_surroundings.workerFolder), privateFolder->path()};
+            ComposeConversions{ImageReader(m_surroundings.workerFolder), privateFolder->path(),
+                               [this, folder = privateFolder->path()]() {
+                                   return openHTMLConverter({folder, m_request.remoteResources});
+                               }};
     }
     m_inputs =
         std::make_unique<ComposeInputs>(PDFIntake(std::move(snapshots)), std::move(conversions));

@@ -51,18 +51,23 @@ ComposePlan ComposeInputs::plan(const ComposeRequest& request, const std::stop_t
     m_plan = {};
     m_stop = stop;
     for (const GroupRequest& requested : request.groups) {
-        OutputGroup group{requested.name, std::make_unique<PDFDocument>()};
-        bool accepted = false;
-        for (const FileRequest& file : requested.files) {
-            if (stop.stop_requested()) {
-                return std::move(m_plan);
-            }
-            addFile(file, group, accepted, request.json);
-        }
-        m_plan.groups.push_back(std::move(group));
-        m_plan.hasInputs.push_back(accepted);
+        addGroup(requested, request.json);
     }
+    m_htmlConverter.reset(); // its engine need not wait for the writing
     return std::move(m_plan);
+}
+
+void ComposeInputs::addGroup(const GroupRequest& requested, bool json) {
+    OutputGroup group{requested.name, std::make_unique<PDFDocument>()};
+    bool accepted = false;
+    for (const FileRequest& file : requested.files) {
+        if (m_stop.stop_requested()) {
+            return;
+        }
+        addFile(file, group, accepted, json);
+    }
+    m_plan.groups.push_back(std::move(group));
+    m_plan.hasInputs.push_back(accepted);
 }
 
 void ComposeInputs::addFile(const FileRequest& file, OutputGroup& group, bool& accepted,
@@ -108,18 +113,11 @@ ComposeInputs::Source ComposeInputs::open(const std::string& path, const FileReq
     // The entries of a folder are opened as they are, as PDFs.
     const FileRoute route =
         path == file.path && exists(path) ? commandLineRoute(path) : FileRoute::pdf;
-    std::string pdf = path;
-    if (route == FileRoute::image) {
-        auto converted = convertImage(path);
-        if (!converted) {
-            return refuse(std::move(converted.error()));
-        }
-        pdf = std::move(*converted);
-    } else if (route != FileRoute::pdf) {
-        return refuse(ImportRefusal::make(Kind::needsConverter, path,
-                                          std::string(missingConverterReason(route))));
+    auto pdf = pdfOf(path, route);
+    if (!pdf) {
+        return refuse(std::move(pdf.error()));
     }
-    auto opened = m_intake.open(pdf, file.password.text);
+    auto opened = m_intake.open(*pdf, file.password.text);
     if (!opened) {
         return refuse(std::move(opened.error()));
     }
@@ -132,11 +130,22 @@ ComposeInputs::Source ComposeInputs::open(const std::string& path, const FileReq
     return place->second;
 }
 
-ImportResult<std::string> ComposeInputs::convertImage(const std::string& path) {
+ImportResult<std::string> ComposeInputs::pdfOf(const std::string& path, FileRoute route) {
+    if (route == FileRoute::pdf) {
+        return path;
+    }
+    if (route != FileRoute::image && route != FileRoute::html) {
+        return tl::unexpected(ImportRefusal::make(Kind::needsConverter, path,
+                                                  std::string(missingConverterReason(route))));
+    }
     if (!m_conversions) {
         return tl::unexpected(ImportRefusal::make(
             Kind::needsConverter, path, "there is no folder for temporary files to convert it in"));
     }
+    return route == FileRoute::image ? convertImage(path) : convertWebPage(path);
+}
+
+ImportResult<std::string> ComposeInputs::convertImage(const std::string& path) {
     // A folder for each: images of the same name from different places must not meet.
     const std::filesystem::path folder =
         m_conversions->folder / std::to_string(++m_conversionCount);
@@ -148,6 +157,19 @@ ImportResult<std::string> ComposeInputs::convertImage(const std::string& path) {
                                 folder.string() + " cannot be made: " + errnoText(error.value())));
     }
     return ImageConverter(m_conversions->images, folder).image2PDF(path, m_stop);
+}
+
+ImportResult<std::string> ComposeInputs::convertWebPage(const std::string& path) {
+    if (!m_htmlConverter) {
+        auto converter = m_conversions->openHTMLConverter();
+        if (!converter) {
+            return tl::unexpected(ImportRefusal::make(Kind::needsConverter, path,
+                                                      converter.error().file.string() + ": " +
+                                                          converter.error().reason));
+        }
+        m_htmlConverter = std::move(*converter);
+    }
+    return m_htmlConverter->html2PDF(path, m_stop);
 }
 
 ComposeInputs::Source ComposeInputs::refuse(ImportRefusal refusal) {

@@ -32,9 +32,11 @@ Each --group becomes one PDF of that name in the output folder; a file of that
 name is replaced. Its pages are those of its FILEs in the order given. A FILE may
 be named any number of times, and may be the very file that is replaced.
 
-A FILE is a PDF or an image (JPEG, PNG, TIFF, GIF, BMP, JPEG 2000, WebP, HEIC, AVIF,
-PSD, TGA, ICO, ICNS, SVG), known by its extension, or by its content when it has none.
-An image becomes one page of 595 x 800 points; of several in one file the first counts.
+A FILE is a PDF, an image or a web page, known by its extension, or by its content
+when it has none. An image (JPEG, PNG, TIFF, GIF, BMP, JPEG 2000, WebP, HEIC, AVIF, PSD,
+TGA, ICO, ICNS, SVG) becomes one page of 595 x 800 points; of several in one file the
+first counts. A web page (.html, .htm, .webarchive) is printed on the paper of your
+language's custom; it sees the files of its own folder.
 
 Options:
   --output-folder DIR    write into DIR, which is made if it is missing. Without it,
@@ -45,6 +47,8 @@ Options:
                          link and outline entry leads to one of them
   --flat-outline         merge the outlines of several files without an entry for
                          each file over its own ones
+  --remote-resources     let web pages fetch pictures and styles from other machines;
+                         what does not come soon is left out
   --json                 report on standard output as one JSON object
   --quiet                say nothing on standard output unless --json asks for it,
                          and show no progress

@@ -2,9 +2,9 @@
 #include "app/ExitStatus.h"
 #include "app/Interrupts.h"
 #include "app/MemoryLimit.h"
-#include "app/ProgramFolder.h"
 #include "app/StoredPreferences.h"
 #include "composer/OutputFolder.h"
+#include "platform/files/BesideProgram.h"
 #include "platform/files/FileDescriptor.h"
 #include "platform/pdf/MemoryShortage.h"
 #include "platform/ui/HomeFolder.h"
@@ -77,7 +77,7 @@ int main(int argc, char** argv) {
                                               quillorn::Interrupts::exitStatus,
                                               prepareForInputs,
                                               endsAfterwards,
-                                              quillorn::programFolder()});
+                                              quillorn::besideProgram("")});
         const int status =
             runProgram(program, std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
         if (endsAfterwards) {

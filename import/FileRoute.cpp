@@ -85,7 +85,7 @@ FileRoute commandLineRoute(const std::string& path) {
 std::string_view missingConverterReason(FileRoute route) {
     switch (route) {
     case FileRoute::html:
-        return "web pages are not turned into pages by this version yet";
+        return "there is no converter of web pages here";
     case FileRoute::richText:
     case FileRoute::word:
         return "text documents are not turned into pages by this version yet";

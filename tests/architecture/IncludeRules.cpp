@@ -91,6 +91,10 @@ bool isImageDecoderHeader(std::string_view path) {
            std::ranges::find(names, path) != names.end();
 }
 
+bool isPlistHeader(std::string_view path) {
+    return path.starts_with("plist/");
+}
+
 bool isQtHeader(std::string_view path) {
     const auto isUpperAt = [path](std::size_t index) {
         return index < path.size() && std::isupper(static_cast<unsigned char>(path[index])) != 0;
@@ -111,6 +115,7 @@ const std::vector<ThirdParty>& thirdParties() {
         {"libqpdf", isQpdfHeader, {"platform/pdf", "cmake/clang"}, {}},
         {"Poppler", isPopplerHeader, {"platform/render"}, {}},
         {"an image decoder", isImageDecoderHeader, {"platform/imaging/worker"}, {}},
+        {"libplist", isPlistHeader, {"platform/print", "support"}, {}},
         // Tests may put a pane's rules behind the real widgets.
         {"Qt Widgets", isQtWidgetsHeader, {"app", "platform/ui", "platform/browser", "tests"}, {}},
         {"Qt", isQtHeader, {}, {"support", "tests/support", "benchmarks/support"}},

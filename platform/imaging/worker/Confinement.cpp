@@ -1,5 +1,6 @@
 #include "platform/imaging/worker/Confinement.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -31,9 +32,12 @@ namespace quillorn::worker {
 
 namespace {
 
+/// What the program allows itself is not meant for its workers; what it must not exceed is.
 void limit(__rlimit_resource_t resource, rlim_t value) {
-    const rlimit both{value, value};
-    ::setrlimit(resource, &both); // a lower limit that is set already stays
+    rlimit both{value, value};
+    ::getrlimit(resource, &both);
+    both.rlim_cur = both.rlim_max = std::min(value, both.rlim_max);
+    ::setrlimit(resource, &both);
 }
 
 bool allowReading(int rules, const char* path) {
@@ -147,7 +151,9 @@ void confineCalls() {
 
 void limitResources(const ImageLimits& limits) {
 #ifndef QUILLORN_UNDER_SANITIZER
-    limit(RLIMIT_AS, limits.workerMemory); // a sanitizer asks for more addresses than that
+    // A sanitizer asks for more addresses than that.
+    limit(RLIMIT_AS, limits.workerMemory);
+    limit(RLIMIT_DATA, limits.workerMemory);
 #endif
     limit(RLIMIT_CPU, static_cast<rlim_t>(limits.workerProcessorTime.count()));
     limit(RLIMIT_FSIZE, limits.workerOutput);
