@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
-#include <set>
 #include <stdexcept>
 
 namespace quillorn {
@@ -105,6 +104,7 @@ void CrossReferenceStreams::readSections() {
 
 CrossReferenceStreams::Section CrossReferenceStreams::readSection(std::uint64_t offset) {
     const Found found = objectAt(offset, 0);
+    m_ownNumbers.insert(found.number);
     Section section;
     section.dictionary = found.dictionary;
     require(section.dictionary.isDictionaryOfType("/XRef"));
@@ -181,6 +181,7 @@ CrossReferenceStreams::Entry CrossReferenceStreams::entryAt(const Section& secti
 
 std::optional<CrossReferenceStreams::Entry>
 CrossReferenceStreams::entryOf(std::uint64_t number) const {
+    require(!m_ownNumbers.contains(number));
     for (const Section& section : m_sections) {
         std::uint64_t position = 0;
         for (const auto& [first, length] : section.ranges) {
@@ -200,7 +201,7 @@ CrossReferenceStreams::Found CrossReferenceStreams::objectAt(std::uint64_t offse
         const std::string bytes = bytesAt(offset, length);
         std::string_view text = bytes;
         const std::uint64_t found = takeNumber(text);
-        require(found == number || number == 0);
+        require(found == number || (number == 0 && found > 0));
         require(takeNumber(text) == 0 && skipWord(text, "obj"));
 
         // Where these words stand in a string of the dictionary, what comes before does not parse.
@@ -209,7 +210,7 @@ CrossReferenceStreams::Found CrossReferenceStreams::objectAt(std::uint64_t offse
             require(bytes.size() == length); // else the file ends here
             continue;
         }
-        Found object{parsed(text.substr(0, end)), 0};
+        Found object{parsed(text.substr(0, end)), 0, found};
         text.remove_prefix(end);
         if (skipWord(text, "stream")) {
             if (text.size() < 2) {

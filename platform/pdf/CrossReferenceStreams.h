@@ -8,6 +8,7 @@
 #include <optional>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -50,6 +51,7 @@ private:
     struct Found {
         QPDFObjectHandle dictionary;
         std::uint64_t dataOffset = 0; ///< of a stream's data; 0 without one
+        std::uint64_t number = 0;
     };
 
     void readSections();
@@ -68,6 +70,8 @@ private:
     const PDFReaderInput& m_input;
     QPDF m_context; ///< owns what is parsed
     std::vector<Section> m_sections;
+    std::set<std::uint64_t>
+        m_ownNumbers; ///< of the cross-reference streams, which nothing refers to
     std::map<std::uint64_t, std::pair<QPDFObjectHandle, std::string>> m_objectStreams; ///< decoded
 };
 
