@@ -1,7 +1,7 @@
 #include "platform/pdf/OpeningFacts.h"
 
 #include "platform/pdf/BoundedFilters.h"
-#include "platform/pdf/CrossReferenceStreams.h"
+#include "platform/pdf/CrossReferences.h"
 #include "platform/pdf/PageTree.h"
 
 #include <algorithm>
@@ -27,7 +27,7 @@ PDFResult<OpeningFacts> lookAt(const PDFReaderInput& input) {
     if (facts.version == PDFVersion{}) {
         return tl::unexpected(unusual);
     }
-    CrossReferenceStreams references(input);
+    CrossReferences references(input);
     QPDFObjectHandle trailer = references.trailer();
     if (trailer.hasKey("/Encrypt")) {
         return tl::unexpected(unusual);

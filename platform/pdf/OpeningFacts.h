@@ -17,9 +17,9 @@ struct OpeningFacts {
 };
 
 /// Reads them by looking at the catalogue and the root of the page tree alone, which libqpdf cannot
-/// do before it has made a table of all objects: a quarter of the time that opening takes.
+/// do before it has made a list of all objects: half of the time that opening takes, and memory.
 ///
-/// For clear documents whose cross-references are streams throughout and fit their file exactly.
+/// For clear documents whose cross-references fit their file exactly.
 /// Nothing for all others, be they only unusual, and nothing where the pages must be counted:
 /// libqpdf has the last word on those. Never throws; thread-safe for different descriptors.
 [[nodiscard]] std::optional<OpeningFacts> readOpeningFacts(const PDFReaderInput& input);
