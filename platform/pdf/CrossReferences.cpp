@@ -83,19 +83,23 @@ CrossReferences::Section CrossReferences::readTable(std::uint64_t offset) {
     offset += 4;
     for (;;) {
         const std::string bytes = m_objects.bytesAt(offset, rangeHeaderLength);
-        std::string_view text = bytes;
-        skipBlanks(text);
-        const auto read = [&] { return static_cast<std::uint64_t>(text.data() - bytes.data()); };
+        const std::size_t start = bytes.find_first_not_of("\r\n ");
+        // Something stands between the word, or the last entry, and what comes next.
+        require(start != std::string::npos && start > 0);
+        const std::string_view text = std::string_view(bytes).substr(start);
         if (text.starts_with("trailer")) {
-            section.trailer = m_objects.trailerAt(offset + read());
+            section.trailer = m_objects.trailerAt(offset + start);
             break;
         }
-        require(read() > 0); // something stands between the word or the last entry, and this
+        const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
+        const std::size_t gap = line.find(' ');
+        require(line.size() < text.size() && gap != std::string_view::npos);
         Range range;
-        range.first = takeNumber(text);
-        range.count = takeNumber(text);
+        range.first = numberIn(line.substr(0, gap));
+        range.count = numberIn(line.substr(gap + 1));
         require(range.first <= mostObjects && range.count <= mostObjects);
-        range.offset = offset + read();
+        const bool isPair = text.substr(line.size()).starts_with("\r\n");
+        range.offset = offset + start + line.size() + (isPair ? 2 : 1);
         for (std::uint64_t done = 0; done < range.count;) {
             const std::uint64_t count = std::min(linesAtOnce, range.count - done);
             const std::string lines =
