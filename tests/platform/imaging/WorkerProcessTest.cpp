@@ -66,7 +66,7 @@ TEST_F(WorkerProcessTest, AStopRequestEndsIt) {
     EXPECT_EQ(answer.image.error().kind, Kind::cancelled);
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef QUILLORN_SANITIZERS
 TEST_F(WorkerProcessTest, HoardingMemoryEnds) {
     job.limits.workerMemory = 512U << 20U;
     const WorkerAnswer answer = run(ImageFormat::ico);
