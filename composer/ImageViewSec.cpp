@@ -78,8 +78,9 @@ void ImageViewSec::getGroupName(const std::string& name) {
     const auto written = PDFDocument().writeToFile(path);
     auto opened = PDFDocument::open(path);
     if (!written || !opened) {
-        m_services.statusLine.showMessage("The working file of " + name + " cannot be used: " +
-                                          (written ? opened.error() : written.error()).reason);
+        m_services.statusLine.showMessage(
+            "The working file of " + name +
+            " cannot be used: " + (written ? opened.error() : written.error()).reason + ".");
     }
     std::shared_ptr<PDFDocument> document =
         opened ? std::shared_ptr<PDFDocument>(std::move(*opened)) : std::make_shared<PDFDocument>();

@@ -65,7 +65,7 @@ void ImageViewSec::addAnImageWithPath(const std::string& path) {
     m_services.mainThread.runAndWait([this, &path, &opened]() {
         if (!opened) {
             m_services.statusLine.showMessage(lastPathComponent(path) +
-                                              " cannot be opened: " + opened.error().reason);
+                                              " cannot be opened: " + opened.error().reason + ".");
             return;
         }
         std::shared_ptr<PDFDocument> document = std::move(*opened);

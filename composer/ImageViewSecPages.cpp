@@ -275,7 +275,8 @@ void ImageViewSec::writeScratchFile(const PageItems& items) {
         });
     if (finished && !written) {
         m_services.statusLine.showMessage(
-            "The pages before turning could not be kept in rotate.pdf: " + written.error().reason);
+            "The pages before turning could not be kept in rotate.pdf: " + written.error().reason +
+            ".");
     }
 }
 

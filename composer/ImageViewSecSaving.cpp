@@ -94,7 +94,8 @@ bool ImageViewSec::writeGroup(std::size_t group) {
         return false;
     }
     if (!written) {
-        m_services.statusLine.showMessage(name + " was not written: " + written.error().reason);
+        m_services.statusLine.showMessage(name + " was not written: " + written.error().reason +
+                                          ".");
     }
     return true;
 }
