@@ -22,6 +22,12 @@ constexpr std::array<std::string_view, 18> imageTypes = {
     "icns", "tiff", "tif", "jpg",  "png", "ico",  "tga",  "psd",  "jpeg",
     "gif",  "bmp",  "jp2", "webp", "svg", "svgz", "heic", "heif", "avif"};
 
+/// What `dropRoute` has a route for.
+constexpr std::array<std::string_view, 28> droppedTypes = {
+    "pdf",  "pages", "icns",       "tiff", "tif",  "jpg", "jpeg", "png",  "ico",  "tga",
+    "psd",  "gif",   "bmp",        "jp2",  "webp", "svg", "svgz", "heic", "heif", "avif",
+    "html", "htm",   "webarchive", "rtf",  "rtfd", "txt", "doc",  "docx"};
+
 bool hasAnyExtension(const std::string& path, std::initializer_list<std::string_view> extensions) {
     return std::any_of(extensions.begin(), extensions.end(), [&path](std::string_view extension) {
         return hasExtension(path, extension);
@@ -32,6 +38,10 @@ bool hasAnyExtension(const std::string& path, std::initializer_list<std::string_
 
 std::span<const std::string_view> openPanelTypes() {
     return panelTypes;
+}
+
+std::span<const std::string_view> dropTypes() {
+    return droppedTypes;
 }
 
 bool isImageFile(const std::string& path) {

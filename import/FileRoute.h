@@ -19,6 +19,9 @@ enum class FileRoute {
 /// Extensions that the open panel offers, in this order.
 [[nodiscard]] std::span<const std::string_view> openPanelTypes();
 
+/// Extensions of everything that may be dropped on the source pane.
+[[nodiscard]] std::span<const std::string_view> dropTypes();
+
 /// Whether the file is an image that can be turned into pages, by its extension in any case; PDF
 /// is none. For a file without an extension its first bytes speak. A file whose information
 /// cannot be read is no image. Whether an image by name is one by content, converting it shows.

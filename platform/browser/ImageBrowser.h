@@ -147,6 +147,7 @@ public:
     virtual void setSelectionIndexes(const IndexSet& indexes, bool byExtendingSelection) = 0;
     virtual void scrollIndexToVisible(std::size_t index) = 0;
 
+    /// Both do nothing for a group that is not there.
     virtual void collapseGroupAtIndex(std::size_t group) = 0;
     virtual void expandGroupAtIndex(std::size_t group) = 0;
     /// False for a group that is not there.
