@@ -83,6 +83,7 @@ void ThumbnailRenderer::removeRequester(Requester requester) {
 
 void ThumbnailRenderer::setWishes(Requester requester, const ThumbnailWishes& wishes) {
     m_queue.setWishes(requester, wishes);
+    std::erase_if(m_retried, [this](const auto& request) { return !m_queue.isWished(request); });
     forgetClosed();
     dispatch();
     cancelUnwished();
@@ -198,7 +199,6 @@ void ThumbnailRenderer::handleWorker(std::size_t slot) {
     worker.finish();
     switch (event) {
     case RenderWorker::Event::drawn:
-        std::erase(m_retried, request);
         publish(request, worker.picture());
         break;
     case RenderWorker::Event::unopened:
@@ -229,7 +229,7 @@ void ThumbnailRenderer::handleDeath(std::size_t slot, bool isOverdue) {
             m_hopeless.insert(request.source);
         }
     }
-    const bool isSecondTime = std::erase(m_retried, request) > 0;
+    const bool isSecondTime = std::ranges::find(m_retried, request) != m_retried.end();
     if (isOverdue || isSecondTime || m_hopeless.contains(request.source)) {
         publishUndrawable(request);
     } else if (m_queue.isWished(request)) {
@@ -273,6 +273,7 @@ void ThumbnailRenderer::armTimer() {
 void ThumbnailRenderer::publish(const ThumbnailRequest& request,
                                 std::shared_ptr<const Thumbnail> thumbnail) {
     m_cache.insert(request, std::move(thumbnail));
+    std::erase(m_retried, request);
     for (const Arrived& arrived : m_queue.finish(request)) {
         arrived(request);
     }

@@ -28,6 +28,18 @@ bool isThin(double width, double height) {
     return !(width >= thinnestPage && height >= thinnestPage);
 }
 
+/// Null when it cannot be opened.
+std::unique_ptr<PDFDoc> openWith(GooFile& file, std::uint64_t size, const std::string& password) {
+    auto stream =
+        std::make_unique<FileStream>(&file, 0, false, static_cast<Goffset>(size), Object(objNull));
+    std::optional<GooString> secret;
+    if (!password.empty()) {
+        secret.emplace(password);
+    }
+    auto document = std::make_unique<PDFDoc>(stream.release(), secret, secret);
+    return document->isOk() ? std::move(document) : nullptr;
+}
+
 } // namespace
 
 std::unique_ptr<RenderedDocument> RenderedDocument::open(FileDescriptor file, std::uint64_t size,
@@ -37,14 +49,13 @@ std::unique_ptr<RenderedDocument> RenderedDocument::open(FileDescriptor file, st
     if (opened == nullptr) {
         return nullptr;
     }
-    auto stream = std::make_unique<FileStream>(opened.get(), 0, false, static_cast<Goffset>(size),
-                                               Object(objNull));
-    std::optional<GooString> secret;
-    if (!password.empty()) {
-        secret.emplace(password);
+    auto document = openWith(*opened, size, password);
+    if (document == nullptr && !password.empty()) {
+        // It may be an owner's that the library does not understand, of a file that anybody may
+        // read.
+        document = openWith(*opened, size, {});
     }
-    auto document = std::make_unique<PDFDoc>(stream.release(), secret, secret);
-    if (!document->isOk()) {
+    if (document == nullptr) {
         return nullptr;
     }
     return std::unique_ptr<RenderedDocument>(

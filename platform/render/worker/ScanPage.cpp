@@ -78,8 +78,11 @@ std::unique_ptr<GfxImageColorMap> coloursOf(Dict& image, GfxResources& resources
             stated = std::move(named);
         }
     }
+    // Spaces depend on nothing of a page, but the library asks a state for them.
+    const PDFRectangle anyBox(0, 0, 1, 1);
+    GfxState state(pointsAnInch, pointsAnInch, &anyBox, 0, false);
     std::unique_ptr<GfxColorSpace> space(
-        GfxColorSpace::parse(&resources, &stated, &device, nullptr));
+        GfxColorSpace::parse(&resources, &stated, &device, &state));
     if (space == nullptr || static_cast<std::size_t>(space->getNComps()) != components) {
         return nullptr;
     }
