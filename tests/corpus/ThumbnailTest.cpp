@@ -85,11 +85,12 @@ bool isDrawn(const std::shared_ptr<const Thumbnail>& picture) {
     return picture->state == Thumbnail::State::drawn;
 }
 
-/// Sound documents that Poppler does not open: one has its pages as direct objects, the other a
-/// trailer that it does not find.
+/// Sound documents that Poppler does not open: one has its pages as direct objects, one a trailer
+/// that it does not find, one a password of more than 127 bytes.
 bool isBeyondPoppler(const Document& document) {
     return document.name == "pdf/direct-pages.pdf" ||
-           document.name == "pdf/bug1978317-32768-links.pdf";
+           document.name == "pdf/bug1978317-32768-links.pdf" ||
+           document.name == "pdf-encrypted/enc-XI-long-password.pdf";
 }
 
 class SeenPages : public testing::TestWithParam<Document> {};
@@ -133,7 +134,7 @@ TEST_P(SeenLockedPages, AreDrawnWithEveryKnownPassword) {
     for (const Source& unlocked : opened) {
         const auto pictures = drawnPages(unlocked);
         EXPECT_EQ(pictures.size(), std::min(unlocked->pageCount(), mostPages));
-        EXPECT_TRUE(std::ranges::all_of(pictures, isDrawn));
+        EXPECT_EQ(std::ranges::all_of(pictures, isDrawn), !isBeyondPoppler(GetParam()));
     }
 }
 
