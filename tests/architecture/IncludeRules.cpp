@@ -113,7 +113,7 @@ const std::vector<ThirdParty>& thirdParties() {
     static const std::vector<ThirdParty> all = {
         // cmake/clang stands before a header of libqpdf's.
         {"libqpdf", isQpdfHeader, {"platform/pdf", "cmake/clang"}, {}},
-        {"Poppler", isPopplerHeader, {"platform/render"}, {}},
+        {"Poppler", isPopplerHeader, {"platform/render/worker"}, {}},
         {"an image decoder", isImageDecoderHeader, {"platform/imaging/worker"}, {}},
         {"libplist", isPlistHeader, {"platform/print", "support"}, {}},
         // Tests may put a pane's rules behind the real widgets.
