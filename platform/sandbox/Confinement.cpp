@@ -20,14 +20,6 @@
 #include <unistd.h>
 #include <vector>
 
-#ifdef QUILLORN_SANITIZERS
-#define QUILLORN_UNDER_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define QUILLORN_UNDER_SANITIZER 1
-#endif
-#endif
-
 namespace quillorn {
 
 namespace {
@@ -152,16 +144,12 @@ void confineCalls() {
 } // namespace
 
 void limitResources(const ResourceLimits& limits) {
-#ifndef QUILLORN_UNDER_SANITIZER
-<<<<<<< HEAD:platform/imaging/worker/Confinement.cpp
-    // A sanitizer asks for more addresses than that.
-    limit(RLIMIT_AS, limits.workerMemory);
-    limit(RLIMIT_DATA, limits.workerMemory);
-=======
+#ifndef QUILLORN_SANITIZERS
     if (limits.memory > 0) {
-        limit(RLIMIT_AS, limits.memory); // a sanitizer asks for more addresses than that
+        // A sanitizer asks for more addresses than that.
+        limit(RLIMIT_AS, limits.memory);
+        limit(RLIMIT_DATA, limits.memory);
     }
->>>>>>> render:platform/sandbox/Confinement.cpp
 #endif
     if (limits.processorTime.count() > 0) {
         limit(RLIMIT_CPU, static_cast<rlim_t>(limits.processorTime.count()));
