@@ -30,8 +30,8 @@ protected:
     /// Takes web pages too, through the converter that this opens.
     [[nodiscard]] ComposeInputs
     withWebPages(std::function<FileResult<std::unique_ptr<HTMLConverter>>()> open) const {
-        return ComposeInputs(PDFIntake(),
-                             ComposeConversions{ImageReader({}), folder.path(), std::move(open)});
+        return ComposeInputs(
+            PDFIntake(), FileConversions::Tools{ImageReader({}), folder.path(), std::move(open)});
     }
 
     const tests::TemporaryFolder folder;
