@@ -22,6 +22,7 @@ constexpr std::size_t entryStartOffset = 116;
 constexpr unsigned smallestSectorShift = 7;
 constexpr unsigned largestSectorShift = 16;
 // In the head of a Word document, the first thing in its stream.
+constexpr std::uint32_t wordMark = 0xA5EC;
 constexpr std::size_t headFlagsOffset = 11;
 constexpr unsigned char encryptedFlag = 0x01;
 constexpr std::size_t headSize = 32;
@@ -58,6 +59,7 @@ bool isEncryptedWord(std::string_view file, std::size_t entry) {
     const std::uint64_t sector = numberAt(file, entry + entryStartOffset);
     const std::uint64_t head = (sector + 1) << shift;
     return head + headSize <= file.size() &&
+           (numberAt(file, static_cast<std::size_t>(head)) & 0xFFFFU) == wordMark &&
            (byteAt(file, static_cast<std::size_t>(head) + headFlagsOffset) & encryptedFlag) != 0;
 }
 

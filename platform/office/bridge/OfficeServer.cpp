@@ -105,9 +105,9 @@ std::string OfficeServer::start(std::chrono::steady_clock::time_point deadline) 
         }
         do {
             try {
-                const Reference<XComponentContext> context(resolver->resolve(address), UNO_QUERY);
-                if (context.is()) {
-                    m_desktop = com::sun::star::frame::Desktop::create(context);
+                m_context.set(resolver->resolve(address), UNO_QUERY);
+                if (m_context.is()) {
+                    m_desktop = com::sun::star::frame::Desktop::create(m_context);
                     return {};
                 }
             } catch (const Exception&) {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <com/sun/star/frame/XDesktop2.hpp>
 #include <com/sun/star/uno/Reference.hxx>
+#include <com/sun/star/uno/XComponentContext.hpp>
 #include <filesystem>
 #include <string>
 #include <sys/types.h>
@@ -29,6 +30,12 @@ public:
     /// Where the engine is installed.
     static constexpr const char* programFolder = QUILLORN_OFFICE_FOLDER "/program";
 
+    /// What everything in the engine is made with.
+    [[nodiscard]] const com::sun::star::uno::Reference<com::sun::star::uno::XComponentContext>&
+    context() const {
+        return m_context;
+    }
+
 private:
     /// 0, or an errno value.
     int launch(const std::string& pipe);
@@ -38,6 +45,7 @@ private:
     std::filesystem::path m_folder;
     pid_t m_process = -1;
     int m_waitStatus = 0;
+    com::sun::star::uno::Reference<com::sun::star::uno::XComponentContext> m_context;
     com::sun::star::uno::Reference<com::sun::star::frame::XDesktop2> m_desktop;
 };
 

@@ -54,19 +54,6 @@ Sequence<PropertyValue> sequence(const std::vector<PropertyValue>& values) {
     return {values.data(), static_cast<sal_Int32>(values.size())};
 }
 
-const char* filterFor(DocumentFormat format) {
-    switch (format) {
-    case DocumentFormat::wordXML:
-        return "MS Word 2007 XML";
-    case DocumentFormat::word:
-        return "MS Word 97";
-    case DocumentFormat::richText:
-    case DocumentFormat::plainText:
-        break;
-    }
-    return "Rich Text Format";
-}
-
 Reference<css::container::XNameAccess> stylesOf(const Reference<css::lang::XComponent>& document,
                                                 const char* family) {
     const Reference<css::style::XStyleFamiliesSupplier> supplier(document, UNO_QUERY_THROW);
@@ -140,15 +127,32 @@ private:
 
 } // namespace
 
+const char* filterFor(DocumentFormat format) {
+    switch (format) {
+    case DocumentFormat::wordXML:
+        return "MS Word 2007 XML";
+    case DocumentFormat::word:
+        return "MS Word 97";
+    case DocumentFormat::richText:
+    case DocumentFormat::plainText:
+        break;
+    }
+    return "Rich Text Format";
+}
+
+Sequence<PropertyValue> loadProperties(const std::filesystem::path& file, const char* filter) {
+    return sequence(
+        {property("URL", fileURL(file.string())), property("Hidden", true),
+         property("ReadOnly", true),
+         property("MacroExecutionMode", sal_Int16(css::document::MacroExecMode::NEVER_EXECUTE)),
+         property("UpdateDocMode", sal_Int16(css::document::UpdateDocMode::NO_UPDATE)),
+         property("FilterName", rtl::OUString::createFromAscii(filter))});
+}
+
 WriterDocument::WriterDocument(const Reference<css::frame::XDesktop2>& desktop,
-                               const std::filesystem::path& file, DocumentFormat format) {
-    m_document = desktop->loadComponentFromURL(
-        fileURL(file.string()), "_blank", 0,
-        sequence(
-            {property("Hidden", true), property("ReadOnly", true),
-             property("MacroExecutionMode", sal_Int16(css::document::MacroExecMode::NEVER_EXECUTE)),
-             property("UpdateDocMode", sal_Int16(css::document::UpdateDocMode::NO_UPDATE)),
-             property("FilterName", rtl::OUString::createFromAscii(filterFor(format)))}));
+                               const std::filesystem::path& file, const char* filter) {
+    m_document = desktop->loadComponentFromURL(fileURL(file.string()), "_blank", 0,
+                                               loadProperties(file, filter));
     const Reference<css::lang::XServiceInfo> info(m_document, UNO_QUERY);
     m_isText = info.is() && info->supportsService("com.sun.star.text.TextDocument");
 }

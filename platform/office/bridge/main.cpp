@@ -1,3 +1,4 @@
+#include "platform/office/bridge/Comments.h"
 #include "platform/office/bridge/OfficeServer.h"
 #include "platform/office/bridge/Strings.h"
 #include "platform/office/bridge/WriterDocument.h"
@@ -31,7 +32,14 @@ constexpr std::chrono::minutes startPatience{5};
 
 Answer converted(office::OfficeServer& server, const Job& job, const fs::path& input,
                  const fs::path& pdf) {
-    office::WriterDocument document(server.desktop(), input, job.header.format);
+    const char* filter = office::filterFor(job.header.format);
+    fs::path file = input;
+    if (office::mayHaveComments(job.document, job.header.format)) {
+        file += ".odt";
+        office::copyWithoutComments(server.context(), input, job.header.format, file);
+        filter = "writer8";
+    }
+    office::WriterDocument document(server.desktop(), file, filter);
     if (!document.isText()) {
         return {Outcome::refused, "the office engine cannot read it as a text document"};
     }
@@ -65,6 +73,7 @@ Answer convert(office::OfficeServer& server, const Job& job, const fs::path& pdf
     }
     std::error_code ignored; // the folder is thrown away in any case
     fs::remove(input, ignored);
+    fs::remove(fs::path(input) += ".odt", ignored);
     return answer;
 }
 

@@ -83,7 +83,7 @@ void confineFiles(const fs::path& folder) {
     for (const char* const path : {"/usr", "/lib", "/lib64", "/opt"}) {
         complete = complete && allow(rules, path, starting);
     }
-    for (const char* const path : {"/etc", "/var/cache/fontconfig", "/var/lib", "/proc",
+    for (const char* const path : {"/etc", "/var/cache/fontconfig", "/var/lib", "/var/spool/libreoffice", "/proc",
                                    "/sys/devices/system/cpu", "/dev/urandom", "/dev/random"}) {
         complete = complete && allow(rules, path, reading);
     }
