@@ -83,8 +83,9 @@ void confineFiles(const fs::path& folder) {
     for (const char* const path : {"/usr", "/lib", "/lib64", "/opt"}) {
         complete = complete && allow(rules, path, starting);
     }
-    for (const char* const path : {"/etc", "/var/cache/fontconfig", "/var/lib", "/var/spool/libreoffice", "/proc",
-                                   "/sys/devices/system/cpu", "/dev/urandom", "/dev/random"}) {
+    for (const char* const path :
+         {"/etc", "/var/cache/fontconfig", "/var/lib", "/var/spool/libreoffice", "/proc",
+          "/sys/devices/system/cpu", "/dev/urandom", "/dev/random"}) {
         complete = complete && allow(rules, path, reading);
     }
     if (const char* const data = std::getenv("XDG_DATA_HOME")) {
