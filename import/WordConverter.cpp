@@ -4,6 +4,7 @@
 #include "platform/files/BesideProgram.h"
 #include "platform/files/FileDescriptor.h"
 #include "platform/files/ReplacementFile.h"
+#include "platform/print/Base64.h"
 #include "platform/process/ChildFolder.h"
 #include "platform/process/ChildProcess.h"
 
@@ -33,25 +34,6 @@ constexpr std::uint64_t processorSeconds = 30;
 tl::unexpected<ImportRefusal> refused(const std::string& path, std::string reason,
                                       Kind kind = Kind::notLegal) {
     return tl::unexpected(ImportRefusal::make(kind, path, std::move(reason)));
-}
-
-std::string base64(std::string_view bytes) {
-    constexpr std::string_view digits =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    text.reserve((bytes.size() + 2) / 3 * 4);
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        const auto at = [&bytes, i](std::size_t offset) {
-            return i + offset < bytes.size()
-                       ? static_cast<unsigned>(static_cast<unsigned char>(bytes[i + offset]))
-                       : 0U;
-        };
-        const unsigned group = at(0) << 16U | at(1) << 8U | at(2);
-        text += {digits[group >> 18U], digits[group >> 12U & 63U],
-                 i + 1 < bytes.size() ? digits[group >> 6U & 63U] : '=',
-                 i + 2 < bytes.size() ? digits[group & 63U] : '='};
-    }
-    return text;
 }
 
 /// The content of a file that the child made, unless it is something else or too large.
@@ -86,7 +68,7 @@ std::string withPictures(const std::string& html, const fs::path& folder) {
         const auto picture =
             name.find('/') == std::string::npos ? madeFile(folder / name) : std::nullopt;
         result.append(html, done, start - done);
-        result += picture ? "data:;base64," + base64(*picture) : name;
+        result += picture ? "data:;base64," + toBase64(*picture) : name;
         done = end;
     }
     return result.append(html, done);

@@ -153,16 +153,23 @@ ConversionResult<std::vector<std::string>> ConversionWorker::convert(const Conve
     if (stop.stop_requested()) {
         return failed(Kind::cancelled, "cancelled");
     }
-    if (auto connected = connect(stop); !connected) {
-        return tl::unexpected(std::move(connected.error()));
+    while (true) {
+        const bool hasServedBefore = m_run != nullptr;
+        if (auto connected = connect(stop); !connected) {
+            return tl::unexpected(std::move(connected.error()));
+        }
+        // The engine's own start takes none of the document's time.
+        m_isInStep = m_isGone = false;
+        auto notices = exchange(job, target, {Clock::now() + m_options.timeLimit, stop});
+        if (!m_isInStep) {
+            m_run.reset(); // whatever it is doing now, nobody wants it any more
+        }
+        // One that dies while it is idle is noticed only now. A document that kills each costs
+        // one start more.
+        if (!m_isGone || !hasServedBefore) {
+            return notices;
+        }
     }
-    // The engine's own start takes none of the document's time.
-    m_isInStep = false;
-    auto notices = exchange(job, target, {Clock::now() + m_options.timeLimit, stop});
-    if (!m_isInStep) {
-        m_run.reset(); // whatever it is doing now, nobody wants it any more
-    }
-    return notices;
 }
 
 ConversionResult<std::vector<std::string>>
@@ -283,6 +290,7 @@ ConversionResult<void> ConversionWorker::wait(int pipe, short events, const Watc
 }
 
 ConversionError ConversionWorker::gone() {
+    m_isGone = true;
     static_cast<void>(m_run->child.waitUntil(Clock::now() + endPatience));
     const ChildEnd ended = m_run->child.stop();
     std::string reason = "its converter failed: " + ended.text();

@@ -85,6 +85,7 @@ private:
     Options m_options;
     std::unique_ptr<Run> m_run;
     bool m_isInStep = true; ///< the child's last answer was taken whole, so it can take a job
+    bool m_isGone = false;  ///< the child died over the last exchange
 };
 
 /// Converts rich text and Word documents with the office engine.

@@ -91,18 +91,8 @@ TEST_F(ComposeInputsTest, TheSameFileIsTriedWithEachPasswordGivenForIt) {
     EXPECT_EQ(made.groups.at(0).document->pageCount(), 2U);
 }
 
-TEST_F(ComposeInputsTest, FilesThatNeedAConverterAreRefusedWithTheReason) {
-    for (const char* const name : {"a.txt", "a.doc"}) {
-        tests::writeFile(folder / name, "content");
-        const ComposePlan made = plan({{"A.pdf", {file((folder / name).string())}}});
-        ASSERT_EQ(made.refused.size(), 1U) << name;
-        EXPECT_EQ(made.refused[0].kind, ImportRefusal::Kind::needsConverter) << name;
-        EXPECT_NE(made.refused[0].reason.find("by this version yet"), std::string::npos) << name;
-    }
-}
-
-TEST_F(ComposeInputsTest, WithoutConversionsImagesAndWebPagesAreRefusedWithTheReason) {
-    for (const char* const name : {"a.jpg", "a.html"}) {
+TEST_F(ComposeInputsTest, WithoutConversionsOnlyPDFsAreTaken) {
+    for (const char* const name : {"a.jpg", "a.html", "a.txt", "a.doc"}) {
         tests::writeFile(folder / name, "content");
         const ComposePlan made = plan({{"A.pdf", {file((folder / name).string())}}});
         ASSERT_EQ(made.refused.size(), 1U);
