@@ -53,7 +53,7 @@ ComposePlan ComposeInputs::plan(const ComposeRequest& request, const std::stop_t
     for (const GroupRequest& requested : request.groups) {
         addGroup(requested, request.json);
     }
-    m_htmlConverter.reset(); // its engine need not wait for the writing
+    m_conversions.endEngines(); // they need not wait for the writing
     return std::move(m_plan);
 }
 
@@ -113,11 +113,14 @@ ComposeInputs::Source ComposeInputs::open(const std::string& path, const FileReq
     // The entries of a folder are opened as they are, as PDFs.
     const FileRoute route =
         path == file.path && exists(path) ? commandLineRoute(path) : FileRoute::pdf;
-    auto pdf = pdfOf(path, route);
-    if (!pdf) {
-        return refuse(std::move(pdf.error()));
+    auto converted = m_conversions.pdfOf(path, route, m_stop);
+    if (!converted) {
+        return refuse(std::move(converted.error()));
     }
-    auto opened = m_intake.open(*pdf, file.password.text);
+    for (std::string& notice : converted->notices) {
+        m_plan.notices.push_back({path, std::move(notice)});
+    }
+    auto opened = m_intake.open(converted->pdf, file.password.text);
     if (!opened) {
         return refuse(std::move(opened.error()));
     }
@@ -128,48 +131,6 @@ ComposeInputs::Source ComposeInputs::open(const std::string& path, const FileReq
     }
     place->second = std::move(*counted);
     return place->second;
-}
-
-ImportResult<std::string> ComposeInputs::pdfOf(const std::string& path, FileRoute route) {
-    if (route == FileRoute::pdf) {
-        return path;
-    }
-    if (route != FileRoute::image && route != FileRoute::html) {
-        return tl::unexpected(ImportRefusal::make(Kind::needsConverter, path,
-                                                  std::string(missingConverterReason(route))));
-    }
-    if (!m_conversions) {
-        return tl::unexpected(ImportRefusal::make(
-            Kind::needsConverter, path, "there is no folder for temporary files to convert it in"));
-    }
-    return route == FileRoute::image ? convertImage(path) : convertWebPage(path);
-}
-
-ImportResult<std::string> ComposeInputs::convertImage(const std::string& path) {
-    // A folder for each: images of the same name from different places must not meet.
-    const std::filesystem::path folder =
-        m_conversions->folder / std::to_string(++m_conversionCount);
-    std::error_code error;
-    std::filesystem::create_directory(folder, error);
-    if (error) {
-        return tl::unexpected(
-            ImportRefusal::make(Kind::needsConverter, path,
-                                folder.string() + " cannot be made: " + errnoText(error.value())));
-    }
-    return ImageConverter(m_conversions->images, folder).image2PDF(path, m_stop);
-}
-
-ImportResult<std::string> ComposeInputs::convertWebPage(const std::string& path) {
-    if (!m_htmlConverter) {
-        auto converter = m_conversions->openHTMLConverter();
-        if (!converter) {
-            return tl::unexpected(ImportRefusal::make(Kind::needsConverter, path,
-                                                      converter.error().file.string() + ": " +
-                                                          converter.error().reason));
-        }
-        m_htmlConverter = std::move(*converter);
-    }
-    return m_htmlConverter->html2PDF(path, m_stop);
 }
 
 ComposeInputs::Source ComposeInputs::refuse(ImportRefusal refusal) {

@@ -8,6 +8,7 @@
 #include "platform/files/FileDescriptor.h"
 #include "platform/pdf/MemoryShortage.h"
 #include "platform/ui/HomeFolder.h"
+#include "platform/ui/Preferences.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -39,6 +40,13 @@ std::string defaultOutputFolder() {
                                  preferences.error().reason);
     }
     return quillorn::InitAppPath(**preferences, quillorn::homeFolder());
+}
+
+/// A preference that cannot be read is one that was never set.
+bool prefersPageSetup() {
+    const auto preferences = quillorn::openStoredPreferences();
+    return preferences &&
+           (*preferences)->stringForKey(quillorn::preference_key::keepPageSetup) == "true";
 }
 
 void prepareForInputs([[maybe_unused]] std::uint64_t bytes) {
@@ -77,7 +85,8 @@ int main(int argc, char** argv) {
                                               quillorn::Interrupts::exitStatus,
                                               prepareForInputs,
                                               endsAfterwards,
-                                              quillorn::besideProgram("")});
+                                              quillorn::besideProgram(""),
+                                              prefersPageSetup});
         const int status =
             runProgram(program, std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
         if (endsAfterwards) {

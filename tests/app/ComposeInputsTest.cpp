@@ -30,8 +30,8 @@ protected:
     /// Takes web pages too, through the converter that this opens.
     [[nodiscard]] ComposeInputs
     withWebPages(std::function<FileResult<std::unique_ptr<HTMLConverter>>()> open) const {
-        return ComposeInputs(PDFIntake(),
-                             ComposeConversions{ImageReader({}), folder.path(), std::move(open)});
+        return ComposeInputs(
+            PDFIntake(), FileConversions::Tools{ImageReader({}), folder.path(), std::move(open)});
     }
 
     const tests::TemporaryFolder folder;
@@ -91,18 +91,8 @@ TEST_F(ComposeInputsTest, TheSameFileIsTriedWithEachPasswordGivenForIt) {
     EXPECT_EQ(made.groups.at(0).document->pageCount(), 2U);
 }
 
-TEST_F(ComposeInputsTest, FilesThatNeedAConverterAreRefusedWithTheReason) {
-    for (const char* const name : {"a.txt", "a.doc"}) {
-        tests::writeFile(folder / name, "content");
-        const ComposePlan made = plan({{"A.pdf", {file((folder / name).string())}}});
-        ASSERT_EQ(made.refused.size(), 1U) << name;
-        EXPECT_EQ(made.refused[0].kind, ImportRefusal::Kind::needsConverter) << name;
-        EXPECT_NE(made.refused[0].reason.find("by this version yet"), std::string::npos) << name;
-    }
-}
-
-TEST_F(ComposeInputsTest, WithoutConversionsImagesAndWebPagesAreRefusedWithTheReason) {
-    for (const char* const name : {"a.jpg", "a.html"}) {
+TEST_F(ComposeInputsTest, WithoutConversionsOnlyPDFsAreTaken) {
+    for (const char* const name : {"a.jpg", "a.html", "a.txt", "a.doc"}) {
         tests::writeFile(folder / name, "content");
         const ComposePlan made = plan({{"A.pdf", {file((folder / name).string())}}});
         ASSERT_EQ(made.refused.size(), 1U);

@@ -91,6 +91,18 @@ bool isImageDecoderHeader(std::string_view path) {
            std::ranges::find(names, path) != names.end();
 }
 
+// The office engine's own interfaces, which belong in a process of their own.
+bool isOfficeHeader(std::string_view path) {
+    constexpr std::array<std::string_view, 5> prefixes = {"com/sun/star/", "cppuhelper/", "rtl/",
+                                                          "osl/", "sal/"};
+    return std::ranges::any_of(
+        prefixes, [path](std::string_view prefix) { return path.starts_with(prefix); });
+}
+
+bool isEncodingHeader(std::string_view path) {
+    return path.starts_with("unicode/") || path.starts_with("uchardet/");
+}
+
 bool isPlistHeader(std::string_view path) {
     return path.starts_with("plist/");
 }
@@ -115,6 +127,8 @@ const std::vector<ThirdParty>& thirdParties() {
         {"libqpdf", isQpdfHeader, {"platform/pdf", "cmake/clang"}, {}},
         {"Poppler", isPopplerHeader, {"platform/render/worker"}, {}},
         {"an image decoder", isImageDecoderHeader, {"platform/imaging/worker"}, {}},
+        {"the office engine", isOfficeHeader, {"platform/office/bridge"}, {}},
+        {"an encodings library", isEncodingHeader, {"platform/office/text"}, {}},
         {"libplist", isPlistHeader, {"platform/print", "support"}, {}},
         // Tests may put a pane's rules behind the real widgets.
         {"Qt Widgets", isQtWidgetsHeader, {"app", "platform/ui", "platform/browser", "tests"}, {}},
