@@ -1,5 +1,4 @@
 #include "platform/pdf/OpeningFacts.h"
-#include "tests/fakes/LibraryFacts.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -23,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::abort();
     }
     const auto facts = readOpeningFacts(input);
-    if (facts && facts != tests::libraryFacts(input)) {
+    if (facts && facts != openingFactsByLibrary(input)) {
         std::fprintf(stderr, "fuzz-opening: libqpdf finds something else\n");
         std::abort();
     }

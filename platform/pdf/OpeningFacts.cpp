@@ -60,4 +60,22 @@ std::optional<OpeningFacts> readOpeningFacts(const PDFReaderInput& input) {
     return facts ? std::optional(*facts) : std::nullopt;
 }
 
+std::optional<OpeningFacts> openingFactsByLibrary(const PDFReaderInput& input) {
+    const auto reader = PDFReader::open(input);
+    if (!reader || !(*reader)->inOrder || (*reader)->document->isEncrypted()) {
+        return std::nullopt;
+    }
+    const auto facts = guardLibrary(
+        PDFError::Kind::notPDF, input.path, (*reader)->budget, [&]() -> PDFResult<OpeningFacts> {
+            QPDF& document = *(*reader)->document;
+            const auto stated = PageTree::statedPageCount(document, input.size);
+            if (!stated) {
+                return tl::unexpected(PDFError{PDFError::Kind::notPDF, input.path, "too short"});
+            }
+            const PDFVersion header = PDFVersion::parse(document.getPDFVersion());
+            return OpeningFacts{laterVersion(header, document.getRoot()), *stated};
+        });
+    return facts ? std::optional(*facts) : std::nullopt;
+}
+
 } // namespace quillorn

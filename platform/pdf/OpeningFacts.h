@@ -24,6 +24,10 @@ struct OpeningFacts {
 /// libqpdf has the last word on those. Never throws; thread-safe for different descriptors.
 [[nodiscard]] std::optional<OpeningFacts> readOpeningFacts(const PDFReaderInput& input);
 
+/// What libqpdf says of a clear document in which it has nothing to mend and whose pages need not
+/// be counted; nothing of another. The quick way is measured by it: it finds the same or nothing.
+[[nodiscard]] std::optional<OpeningFacts> openingFactsByLibrary(const PDFReaderInput& input);
+
 /// The version that the header states or, where that is later, the catalogue: an update may have
 /// raised it there (ISO 32000-1, 7.5.2).
 [[nodiscard]] PDFVersion laterVersion(PDFVersion header, QPDFObjectHandle catalogue);

@@ -2,7 +2,6 @@
 #include "tests/corpus/Corpus.h"
 #include "tests/corpus/OutsideProgram.h"
 #include "tests/corpus/TemporaryFolder.h"
-#include "tests/fakes/LibraryFacts.h"
 
 #include <fcntl.h>
 #include <filesystem>
@@ -23,7 +22,7 @@ TEST(Opening, NeverFindsWhatTheLibraryDoesNot) {
         for (const Document& document : Corpus::get().documents(kind)) {
             const PDFReaderInput input = inputOf(document.file);
             const auto facts = readOpeningFacts(input);
-            EXPECT_TRUE(!facts || facts == tests::libraryFacts(input)) << document.file;
+            EXPECT_TRUE(!facts || facts == openingFactsByLibrary(input)) << document.file;
         }
     }
 }
@@ -33,7 +32,7 @@ TEST(Opening, FindsWhatTheLibraryFindsInLongDocuments) {
     const TemporaryFolder folder;
     const std::filesystem::path packed = folder.path() / "packed.pdf";
     for (const Document& document : Corpus::get().documents("pdf")) {
-        if (!tests::libraryFacts(inputOf(document.file))) {
+        if (!openingFactsByLibrary(inputOf(document.file))) {
             continue; // short, or not in order
         }
         EXPECT_TRUE(readOpeningFacts(inputOf(document.file)).has_value()) << document.file;
@@ -44,7 +43,7 @@ TEST(Opening, FindsWhatTheLibraryFindsInLongDocuments) {
             const PDFReaderInput input = inputOf(packed);
             const auto facts = readOpeningFacts(input);
             EXPECT_TRUE(facts.has_value()) << document.file << order;
-            EXPECT_EQ(facts, tests::libraryFacts(input)) << document.file << order;
+            EXPECT_EQ(facts, openingFactsByLibrary(input)) << document.file << order;
         }
     }
 }

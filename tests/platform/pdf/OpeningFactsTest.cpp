@@ -2,7 +2,6 @@
 
 #include "platform/files/FileSnapshot.h"
 #include "platform/pdf/PDFSource.h"
-#include "tests/fakes/LibraryFacts.h"
 #include "tests/fakes/RawPDF.h"
 #include "tests/fakes/TemporaryFolder.h"
 #include "tests/fakes/TestPDF.h"
@@ -84,7 +83,7 @@ protected:
         return readOpeningFacts(inputOf(bytes));
     }
     [[nodiscard]] std::optional<OpeningFacts> libraryFactsOf(const std::string& bytes) const {
-        return tests::libraryFacts(inputOf(bytes));
+        return openingFactsByLibrary(inputOf(bytes));
     }
     [[nodiscard]] std::size_t openedPages(const std::string& bytes) const {
         writeFile(m_file, bytes);
