@@ -1,4 +1,5 @@
 #include "tests/app/ProgramFixture.h"
+#include "tests/fakes/ChildProcess.h"
 #include "tests/fakes/PDFContents.h"
 
 #include <charconv>
