@@ -160,6 +160,7 @@ private:
     void paintGroup(QPainter& painter, const BrowserLook& look, std::size_t group) const;
     void paintItems(QPainter& painter, const BrowserLook& look) const;
     void wishPictures();
+    void pictureArrived();
     [[nodiscard]] std::vector<ImageBrowserItem> itemsBetween(int top, int bottom) const;
 
     // Keys (ImageBrowserViewKeys.cpp)
@@ -219,6 +220,7 @@ private:
     QBasicTimer m_glideTimer;
     int m_glideTarget = 0;
     QBasicTimer m_wishTimer;
+    QBasicTimer m_arrivalTimer;             ///< pictures came in and are to be painted
     std::unique_ptr<PagePreview> m_preview; ///< made when it is wanted first
 };
 
