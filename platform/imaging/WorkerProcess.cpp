@@ -2,6 +2,7 @@
 
 #include "platform/imaging/WorkerProtocol.h"
 #include "platform/imaging/WorkerReply.h"
+#include "platform/sandbox/SpawnedWorker.h"
 
 #include <algorithm>
 #include <array>
@@ -11,14 +12,11 @@
 #include <cstdint>
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <string>
-#include <string_view>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 namespace quillorn {
 
@@ -34,110 +32,6 @@ constexpr std::chrono::milliseconds stopInterval{50};
 WorkerAnswer failed(const WorkerJob& job, Kind kind, std::string reason, bool mayOthers = false) {
     return {tl::unexpected(ImageError{kind, job.file, std::move(reason)}), mayOthers};
 }
-
-/// A descriptor above those that the worker gets, so that putting them in their places cannot
-/// overwrite one that is still needed.
-FileDescriptor outOfTheWay(int descriptor) {
-    constexpr int firstFree = 16;
-    return FileDescriptor(::fcntl(descriptor, F_DUPFD_CLOEXEC, firstFree));
-}
-
-/// Our environment without what would change how the libraries in the worker behave.
-std::vector<char*> workerEnvironment() {
-    std::vector<char*> kept;
-    for (char** variable = environ; *variable != nullptr; ++variable) {
-        const std::string_view text(*variable);
-        if (!text.starts_with("MAGICK_") && !text.starts_with("QT_")) {
-            kept.push_back(*variable);
-        }
-    }
-    kept.push_back(nullptr);
-    return kept;
-}
-
-/// Owns the actions that posix_spawn performs between fork and exec.
-class SpawnActions {
-public:
-    SpawnActions() { ::posix_spawn_file_actions_init(&m_actions); }
-    ~SpawnActions() { ::posix_spawn_file_actions_destroy(&m_actions); }
-    SpawnActions(const SpawnActions&) = delete;
-    SpawnActions& operator=(const SpawnActions&) = delete;
-
-    void place(const FileDescriptor& from, int to) {
-        ::posix_spawn_file_actions_adddup2(&m_actions, from.get(), to);
-    }
-    void silence(int descriptor) {
-        ::posix_spawn_file_actions_addopen(&m_actions, descriptor, "/dev/null", O_RDWR, 0);
-    }
-    [[nodiscard]] const posix_spawn_file_actions_t* get() const { return &m_actions; }
-
-private:
-    posix_spawn_file_actions_t m_actions{};
-};
-
-/// Owns a child: at the end of its scope the child is dead and forgotten.
-class Child {
-public:
-    Child() = default;
-    ~Child() {
-        if (m_process > 0) {
-            ::kill(m_process, SIGKILL);
-            static_cast<void>(wait());
-        }
-    }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-
-    /// 0, or an errno value.
-    int start(const WorkerJob& job, const SpawnActions& actions) {
-        const auto number = [](auto value) { return std::to_string(value); };
-        std::vector<std::string> words = {job.program.string(),
-                                          std::string(imageFormatName(job.format)),
-                                          number(job.limits.pixels),
-                                          number(job.limits.side),
-                                          number(job.limits.workerMemory),
-                                          number(job.limits.workerOutput),
-                                          number(job.limits.workerProcessorTime.count()),
-                                          number(::getpid())};
-        std::vector<char*> arguments;
-        arguments.reserve(words.size() + 1);
-        for (std::string& word : words) {
-            arguments.push_back(word.data());
-        }
-        arguments.push_back(nullptr);
-        std::vector<char*> environment = workerEnvironment();
-        // A program that ignores a signal would hand that on; a worker dies of all of them.
-        posix_spawnattr_t attributes;
-        ::posix_spawnattr_init(&attributes);
-        sigset_t signals;
-        sigemptyset(&signals);
-        ::posix_spawnattr_setsigmask(&attributes, &signals);
-        for (const int signal : {SIGPIPE, SIGXFSZ, SIGXCPU, SIGTERM, SIGINT, SIGHUP}) {
-            sigaddset(&signals, signal);
-        }
-        ::posix_spawnattr_setsigdefault(&attributes, &signals);
-        ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-        const int error = ::posix_spawn(&m_process, job.program.c_str(), actions.get(), &attributes,
-                                        arguments.data(), environment.data());
-        ::posix_spawnattr_destroy(&attributes);
-        if (error != 0) {
-            m_process = -1;
-        }
-        return error;
-    }
-
-    /// Waits for the end of the child, and returns its status as waitpid gives it.
-    int wait() {
-        int status = 0;
-        while (::waitpid(m_process, &status, 0) < 0 && errno == EINTR) {
-        }
-        m_process = -1;
-        return status;
-    }
-
-private:
-    pid_t m_process = -1;
-};
 
 enum class Waited { ended, deadline, stopped };
 
@@ -199,29 +93,22 @@ WorkerAnswer runImageWorker(const FileDescriptor& input, const WorkerJob& job) {
     const FileDescriptor life(pipe[0]);
     FileDescriptor lifeEnd(pipe[1]);
     const FileDescriptor output(::memfd_create("quillorn-image", MFD_CLOEXEC));
-    FileDescriptor workerLife = outOfTheWay(lifeEnd.get());
-    lifeEnd.reset();
-    FileDescriptor workerInput = outOfTheWay(input.get());
-    FileDescriptor workerOutput = outOfTheWay(output.get());
-    if (!output.isOpen() || !workerLife.isOpen() || !workerInput.isOpen() ||
-        !workerOutput.isOpen()) {
+    if (!output.isOpen()) {
         return failed(job, Kind::noReader, errnoText(errno));
     }
-    SpawnActions actions;
-    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        actions.silence(standard);
-    }
-    actions.place(workerInput, worker::inputDescriptor);
-    actions.place(workerOutput, worker::outputDescriptor);
-    actions.place(workerLife, worker::lifeDescriptor);
-    Child child;
-    if (const int error = child.start(job, actions); error != 0) {
+    const auto number = [](auto value) { return std::to_string(value); };
+    SpawnedWorker child;
+    const int error = child.start(
+        {job.program,
+         {std::string(imageFormatName(job.format)), number(job.limits.pixels),
+          number(job.limits.side), number(job.limits.workerMemory), number(job.limits.workerOutput),
+          number(job.limits.workerProcessorTime.count())},
+         {&input, &output, &lifeEnd}});
+    if (error != 0) {
         return failed(job, Kind::noReader,
                       job.program.string() + " cannot be started: " + errnoText(error));
     }
-    workerLife.reset(); // from now on only the worker holds that end
-    workerInput.reset();
-    workerOutput.reset();
+    lifeEnd.reset(); // from now on only the worker holds that end
     switch (waitForEnd(life, job)) {
     case Waited::stopped:
         return failed(job, Kind::cancelled, "cancelled");

@@ -163,6 +163,10 @@ PDFReaderInput PDFSource::readerInput() const {
     return PDFReaderInput{m_file->descriptor, m_path, m_file->stamp.size, m_password};
 }
 
+PDFSourceAccess PDFSource::access() const {
+    return PDFSourceAccess{m_file->descriptor, m_file->stamp.size, m_password};
+}
+
 PDFResult<void> PDFSource::verifyUnchanged() const {
     const auto now = FileStamp::of(*m_file->descriptor, m_path);
     if (!now) {

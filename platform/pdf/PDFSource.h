@@ -40,6 +40,13 @@ struct PDFPermissions {
     bool operator==(const PDFPermissions&) const = default;
 };
 
+/// What another process needs to read the same bytes.
+struct PDFSourceAccess {
+    std::shared_ptr<const FileDescriptor> descriptor; ///< for positioned reading only
+    std::uint64_t size = 0;                           ///< bytes
+    std::string password;                             ///< as it opens the file; empty for none
+};
+
 /// One opened PDF file, immutable and shared by all pages taken from it.
 ///
 /// It holds the file open, so that renaming, deleting or replacing the file on disk changes
@@ -90,6 +97,9 @@ public:
 
     /// Whether the bytes are still those that were opened. Errors: changed, unreadable.
     [[nodiscard]] PDFResult<void> verifyUnchanged() const;
+
+    /// For whoever draws the pages elsewhere.
+    [[nodiscard]] PDFSourceAccess access() const;
 
     /// For the writer: a reader of this file that belongs to the caller's thread. The idle one
     /// that served this object is handed over if there is one; it is made again when needed.

@@ -109,7 +109,7 @@ const std::vector<ThirdParty>& thirdParties() {
     static const std::vector<ThirdParty> all = {
         // cmake/clang stands before a header of libqpdf's.
         {"libqpdf", isQpdfHeader, {"platform/pdf", "cmake/clang"}, {}},
-        {"Poppler", isPopplerHeader, {"platform/render"}, {}},
+        {"Poppler", isPopplerHeader, {"platform/render/worker"}, {}},
         {"an image decoder", isImageDecoderHeader, {"platform/imaging/worker"}, {}},
         // Tests may put a pane's rules behind the real widgets.
         {"Qt Widgets", isQtWidgetsHeader, {"app", "platform/ui", "platform/browser", "tests"}, {}},

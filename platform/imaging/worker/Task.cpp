@@ -1,7 +1,7 @@
 #include "platform/imaging/worker/Task.h"
 
 #include "platform/files/FileDescriptor.h"
-#include "platform/imaging/worker/Confinement.h"
+#include "platform/sandbox/Confinement.h"
 
 #include <charconv>
 #include <csignal>
@@ -155,8 +155,10 @@ int serve(int argc, char** argv,
     if (static_cast<std::uint64_t>(::getppid()) != arguments->parent) {
         return wrongUse;
     }
-    limitResources(arguments->task.limits);
-    confine();
+    const ImageLimits& limits = arguments->task.limits;
+    limitResources(
+        ResourceLimits{limits.workerMemory, limits.workerOutput, limits.workerProcessorTime});
+    confine(systemFolders());
     const Decoded decoded = decodeInput(arguments->task, decode);
     return Answer().send(decoded) ? 0 : noOutput;
 }

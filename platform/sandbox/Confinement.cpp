@@ -1,4 +1,4 @@
-#include "platform/imaging/worker/Confinement.h"
+#include "platform/sandbox/Confinement.h"
 
 #include <array>
 #include <cerrno>
@@ -27,7 +27,7 @@
 #endif
 #endif
 
-namespace quillorn::worker {
+namespace quillorn {
 
 namespace {
 
@@ -53,9 +53,18 @@ bool allowReading(int rules, const char* path) {
     return done;
 }
 
-/// From now on files can be opened for reading only, and in the system's folders only: plugins,
-/// fonts and their caches.
-void confineFiles() {
+/// Those below the home folder of the user, in which fonts may be installed.
+void addFontsOfUser(std::vector<std::string>& folders) {
+    if (const char* const home = std::getenv("HOME")) {
+        for (const char* const fonts :
+             {"/.fonts", "/.local/share/fonts", "/.cache/fontconfig", "/.config/fontconfig"}) {
+            folders.push_back(std::string(home) + fonts);
+        }
+    }
+}
+
+/// From now on files can be opened for reading only, and in these folders only.
+void confineFiles(const std::vector<std::string>& readable) {
     landlock_ruleset_attr handled{};
     handled.handled_access_fs =
         LANDLOCK_ACCESS_FS_EXECUTE | LANDLOCK_ACCESS_FS_WRITE_FILE | LANDLOCK_ACCESS_FS_READ_FILE |
@@ -68,17 +77,8 @@ void confineFiles() {
         return;
     }
     bool complete = true;
-    for (const char* const path :
-         {"/usr", "/lib", "/lib64", "/etc", "/opt", "/var/cache/fontconfig", "/var/lib",
-          "/proc/self", "/proc/cpuinfo", "/proc/meminfo", "/sys/devices/system/cpu", "/dev/null",
-          "/dev/urandom"}) {
-        complete = allowReading(static_cast<int>(rules), path) && complete;
-    }
-    if (const char* const home = std::getenv("HOME")) {
-        for (const char* const fonts : {"/.fonts", "/.local/share/fonts", "/.cache/fontconfig"}) {
-            complete = allowReading(static_cast<int>(rules), (std::string(home) + fonts).c_str()) &&
-                       complete;
-        }
+    for (const std::string& path : readable) {
+        complete = allowReading(static_cast<int>(rules), path.c_str()) && complete;
     }
     if (complete) {
         ::syscall(SYS_landlock_restrict_self, static_cast<int>(rules), 0);
@@ -114,6 +114,8 @@ void confineCalls() {
                                                  SYS_mount,
                                                  SYS_unshare,
                                                  SYS_setns,
+                                                 SYS_io_uring_setup,
+                                                 SYS_pidfd_getfd,
                                                  SYS_perf_event_open};
     std::vector<sock_filter> program;
     const auto load = [&program](std::size_t offset) {
@@ -145,21 +147,54 @@ void confineCalls() {
 
 } // namespace
 
-void limitResources(const ImageLimits& limits) {
+void limitResources(const ResourceLimits& limits) {
 #ifndef QUILLORN_UNDER_SANITIZER
-    limit(RLIMIT_AS, limits.workerMemory); // a sanitizer asks for more addresses than that
+    if (limits.memory > 0) {
+        limit(RLIMIT_AS, limits.memory); // a sanitizer asks for more addresses than that
+    }
 #endif
-    limit(RLIMIT_CPU, static_cast<rlim_t>(limits.workerProcessorTime.count()));
-    limit(RLIMIT_FSIZE, limits.workerOutput);
+    if (limits.processorTime.count() > 0) {
+        limit(RLIMIT_CPU, static_cast<rlim_t>(limits.processorTime.count()));
+    }
+    if (limits.output > 0) {
+        limit(RLIMIT_FSIZE, limits.output);
+    }
     limit(RLIMIT_CORE, 0);
 }
 
-void confine() {
+std::vector<std::string> systemFolders() {
+    std::vector<std::string> folders = {"/usr",
+                                        "/lib",
+                                        "/lib64",
+                                        "/etc",
+                                        "/opt",
+                                        "/var/cache/fontconfig",
+                                        "/var/lib",
+                                        "/proc/self",
+                                        "/proc/cpuinfo",
+                                        "/proc/meminfo",
+                                        "/sys/devices/system/cpu",
+                                        "/dev/null",
+                                        "/dev/urandom"};
+    addFontsOfUser(folders);
+    return folders;
+}
+
+std::vector<std::string> fontFolders() {
+    std::vector<std::string> folders = {
+        "/usr/share/fonts", "/usr/local/share/fonts", "/usr/share/X11/fonts",
+        "/usr/share/texmf", "/usr/share/fontconfig",  "/usr/share/poppler",
+        "/etc/fonts",       "/var/cache/fontconfig"};
+    addFontsOfUser(folders);
+    return folders;
+}
+
+void confine(const std::vector<std::string>& readable) {
     if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
         return; // neither of the following is granted without
     }
-    confineFiles();
+    confineFiles(readable);
     confineCalls();
 }
 
-} // namespace quillorn::worker
+} // namespace quillorn
