@@ -1,0 +1,392 @@
+#include "platform/browser/BrowserLook.h"
+
+#include <QCoreApplication>
+#include <QFontMetrics>
+#include <QLocale>
+#include <QPainter>
+#include <QPainterPath>
+#include <QPixmapCache>
+#include <QPolygonF>
+#include <algorithm>
+#include <cmath>
+
+namespace quillorn {
+
+namespace {
+
+constexpr int smallestFrame = 64; // logical pixels wide
+constexpr int largestFrame = 340;
+constexpr double frameProportion = 1.36; // height by width: a little less narrow than DIN A
+constexpr int cellPadding = 8;           // around the frame
+constexpr int labelGap = 5;
+constexpr int labelPadding = 2;
+constexpr int shadowReach = 7;
+constexpr int shadowDrop = 2; // how far it falls below the page
+constexpr double corner = 5;
+
+QColor colorOf(const BrowserColor& color) {
+    const auto clamped = [](float level) { return std::clamp(level, 0.0F, 1.0F); };
+    return QColor::fromRgbF(clamped(color.red), clamped(color.green), clamped(color.blue));
+}
+
+QColor withAlpha(QColor color, double alpha) {
+    color.setAlphaF(static_cast<float>(alpha));
+    return color;
+}
+
+int labelHeight(const QFont& font) {
+    return QFontMetrics(font).height() + 2 * labelPadding;
+}
+
+QString pagesText(std::size_t count) {
+    const auto translated = [](const char* text) {
+        return QCoreApplication::translate("ImageBrowserView", text);
+    };
+    return count == 1
+               ? translated("1 page")
+               : translated("%1 pages").arg(QLocale().toString(static_cast<qulonglong>(count)));
+}
+
+} // namespace
+
+BrowserLook::BrowserLook(const QPalette& palette, const QFont& font, qreal devicePixelRatio,
+                         bool isBackgroundDark)
+    : m_palette(palette),
+      m_font(font),
+      m_ratio(devicePixelRatio),
+      m_text(palette.color(QPalette::Text)) {
+    constexpr double middle = 0.5;
+    const bool isTextLight = m_text.lightnessF() > middle;
+    if (isTextLight != isBackgroundDark) {
+        m_text = isBackgroundDark ? QColor(240, 240, 240) : QColor(30, 30, 30);
+    }
+}
+
+BrowserMetrics BrowserLook::metrics(float zoomValue, const QFont& font) {
+    const double zoom = std::clamp(static_cast<double>(zoomValue), 0.0, 1.0);
+    const int width =
+        static_cast<int>(std::lround(smallestFrame + zoom * (largestFrame - smallestFrame)));
+    BrowserMetrics metrics;
+    metrics.cellWidth = width + 2 * cellPadding;
+    metrics.cellHeight = static_cast<int>(std::lround(width * frameProportion)) + 2 * cellPadding +
+                         labelGap + labelHeight(font);
+    metrics.spacing = 8;
+    metrics.headerHeight = QFontMetrics(font).height() + 14;
+    return metrics;
+}
+
+QRect BrowserLook::frame(const QRect& cell, const QFont& font) {
+    return cell.adjusted(cellPadding, cellPadding, -cellPadding,
+                         -cellPadding - labelGap - labelHeight(font));
+}
+
+QSize BrowserLook::frameInDevicePixels(const QRect& cell) const {
+    const QSizeF size = QSizeF(frame(cell, m_font).size()) * m_ratio;
+    return {static_cast<int>(size.width()), static_cast<int>(size.height())};
+}
+
+void BrowserLook::drawHeader(QPainter& painter, const QRect& rect, const HeaderLook& look) const {
+    constexpr int margin = 12;
+    constexpr int triangleSide = 8;
+    constexpr int chipSide = 10;
+    constexpr int gap = 8;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillRect(rect, withAlpha(m_text, 0.06));
+    painter.fillRect(QRect(rect.left(), rect.bottom(), rect.width(), 1), withAlpha(m_text, 0.12));
+    const QPointF middle(rect.left() + margin + triangleSide / 2.0,
+                         rect.top() + rect.height() / 2.0);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(withAlpha(m_text, 0.65));
+    constexpr double half = triangleSide / 2.0;
+    painter.drawPolygon(
+        look.isExpanded
+            ? QPolygonF({middle + QPointF(-half, -half / 2), middle + QPointF(half, -half / 2),
+                         middle + QPointF(0, half * 0.75)})
+            : QPolygonF({middle + QPointF(-half / 2, -half), middle + QPointF(-half / 2, half),
+                         middle + QPointF(half * 0.75, 0)}));
+    const QRectF chip(rect.left() + margin + triangleSide + gap, middle.y() - chipSide / 2.0,
+                      chipSide, chipSide);
+    painter.setPen(withAlpha(m_text, 0.25));
+    painter.setBrush(colorOf(look.color));
+    painter.drawRoundedRect(chip, 3, 3);
+
+    painter.setFont(m_font);
+    const QString count = pagesText(look.pageCount);
+    const int countWidth = QFontMetrics(m_font).horizontalAdvance(count);
+    const QRect countRect = rect.adjusted(rect.width() - margin - countWidth, 0, -margin, 0);
+    painter.setPen(withAlpha(m_text, 0.6));
+    painter.drawText(countRect, Qt::AlignVCenter | Qt::AlignRight, count);
+    QFont bold = m_font;
+    bold.setBold(true);
+    painter.setFont(bold);
+    painter.setPen(m_text);
+    const int titleLeft = static_cast<int>(chip.right()) + gap;
+    const QRect titleRect(titleLeft, rect.top(), countRect.left() - margin - titleLeft,
+                          rect.height());
+    painter.drawText(titleRect, Qt::AlignVCenter | Qt::AlignLeft,
+                     QFontMetrics(bold).elidedText(look.title, Qt::ElideMiddle, titleRect.width()));
+    if (look.isFocused) {
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(m_palette.color(QPalette::Highlight), 1.5));
+        painter.drawRoundedRect(QRectF(rect).adjusted(2, 2, -2, -3), corner, corner);
+    }
+    painter.restore();
+}
+
+void BrowserLook::drawGroupBar(QPainter& painter, const QRect& rect,
+                               const BrowserColor& color) const {
+    painter.fillRect(rect, withAlpha(colorOf(color), 0.8));
+}
+
+QRectF BrowserLook::paperIn(const QRectF& area, const PagePicture& picture) const {
+    const QSizeF size = picture.size / m_ratio;
+    // On whole device pixels, or the page would be drawn blurred.
+    const auto snapped = [this](double position) {
+        return std::round(position * m_ratio) / m_ratio;
+    };
+    return {snapped(area.center().x() - size.width() / 2), snapped(area.bottom() - size.height()),
+            size.width(), size.height()};
+}
+
+void BrowserLook::drawCell(QPainter& painter, const QRect& cell, const CellLook& look) const {
+    const QRect area = frame(cell, m_font);
+    if (look.isSelected) {
+        const QRectF shown = look.hasPage ? paperIn(area, look.picture) : QRectF(area);
+        painter.save();
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(withAlpha(m_palette.color(QPalette::Highlight), 0.28));
+        constexpr int around = cellPadding - 2;
+        painter.drawRoundedRect(shown.adjusted(-around, -around, around, around), corner + 1,
+                                corner + 1);
+        painter.restore();
+    }
+    if (look.hasPage) {
+        drawPage(painter, area, look.picture);
+        if (look.isSelected) {
+            painter.save();
+            painter.setPen(QPen(m_palette.color(QPalette::Highlight), 2));
+            painter.setBrush(Qt::NoBrush);
+            painter.drawRect(paperIn(area, look.picture).adjusted(-1, -1, 1, 1));
+            painter.restore();
+        }
+    }
+    drawLabel(painter, cell, look);
+}
+
+void BrowserLook::drawLabel(QPainter& painter, const QRect& cell, const CellLook& look) const {
+    const QRect area = frame(cell, m_font);
+    const QFontMetrics metrics(m_font);
+    const QString text = metrics.elidedText(look.title, Qt::ElideMiddle, cell.width() - 12);
+    const int width = metrics.horizontalAdvance(text) + 10;
+    const QRect label(cell.center().x() - width / 2, area.bottom() + 1 + cellPadding / 2 + labelGap,
+                      width, labelHeight(m_font));
+    painter.setFont(m_font);
+    if (look.isSelected || look.isFocused) {
+        painter.save();
+        painter.setRenderHint(QPainter::Antialiasing);
+        const QColor highlight = m_palette.color(QPalette::Highlight);
+        painter.setBrush(look.isSelected ? QBrush(highlight) : QBrush(Qt::NoBrush));
+        painter.setPen(look.isFocused
+                           ? QPen(look.isSelected ? m_text : highlight, look.isSelected ? 1.0 : 1.5)
+                           : QPen(Qt::NoPen));
+        painter.drawRoundedRect(QRectF(label).adjusted(0.5, 0.5, -0.5, -0.5), corner, corner);
+        painter.restore();
+    }
+    painter.setPen(look.isSelected ? m_palette.color(QPalette::HighlightedText) : m_text);
+    painter.drawText(label, Qt::AlignCenter, text);
+}
+
+void BrowserLook::drawPage(QPainter& painter, const QRectF& area,
+                           const PagePicture& picture) const {
+    const QRectF paper = paperIn(area, picture);
+    drawShadow(painter, paper);
+    if (picture.thumbnail != nullptr) {
+        painter.save();
+        painter.setRenderHint(QPainter::SmoothPixmapTransform,
+                              picture.state != PagePicture::State::drawn || m_ratio != 1);
+        painter.drawImage(paper, picture.image());
+        painter.restore();
+    } else if (picture.state == PagePicture::State::undrawable) {
+        drawUndrawable(painter, paper);
+    } else {
+        painter.fillRect(paper, Qt::white);
+        if (picture.state == PagePicture::State::waiting) {
+            drawOutline(painter, paper);
+        }
+    }
+    painter.save();
+    painter.setPen(QPen(QColor(0, 0, 0, 46), 1 / m_ratio));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(paper);
+    painter.restore();
+}
+
+void BrowserLook::drawOutline(QPainter& painter, const QRectF& paper) {
+    constexpr std::array<double, 7> lengths = {0.45, 0.0, 0.76, 0.7, 0.76, 0.62, 0.3};
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(228, 231, 235));
+    const double step = paper.height() / 14;
+    for (std::size_t line = 0; line < lengths.size(); ++line) {
+        const QRectF bar(paper.left() + paper.width() * 0.12,
+                         paper.top() + step * (1.4 + static_cast<double>(line)),
+                         paper.width() * lengths[line], step * 0.45);
+        painter.drawRoundedRect(bar, bar.height() / 2, bar.height() / 2);
+    }
+    painter.restore();
+}
+
+void BrowserLook::drawUndrawable(QPainter& painter, const QRectF& paper) const {
+    constexpr double leastForText = 90;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillRect(paper, QColor(240, 240, 240));
+    const double side = std::min(paper.width(), paper.height()) * 0.3;
+    const QRectF circle(paper.center().x() - side / 2, paper.center().y() - side, side, side);
+    painter.setPen(QPen(QColor(150, 150, 150), std::max(side / 14, 1.0)));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(circle);
+    painter.drawLine(circle.center() + QPointF(-side, -side) * 0.22,
+                     circle.center() + QPointF(side, side) * 0.22);
+    painter.drawLine(circle.center() + QPointF(-side, side) * 0.22,
+                     circle.center() + QPointF(side, -side) * 0.22);
+    if (paper.width() >= leastForText) {
+        painter.setFont(m_font);
+        painter.setPen(QColor(100, 100, 100));
+        const QRectF below(paper.left() + 4, circle.bottom() + side * 0.3, paper.width() - 8,
+                           paper.bottom() - circle.bottom() - side * 0.3);
+        painter.drawText(below, Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap,
+                         QCoreApplication::translate("ImageBrowserView", "Cannot be drawn"));
+    }
+    painter.restore();
+}
+
+void BrowserLook::drawDropMark(QPainter& painter, const QRect& mark) const {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(m_palette.color(QPalette::Active, QPalette::Highlight));
+    const double radius = std::min(mark.width(), mark.height()) / 2.0;
+    painter.drawRoundedRect(mark, radius, radius);
+    constexpr double knob = 4;
+    if (mark.height() > mark.width()) {
+        painter.drawEllipse(QPointF(QRectF(mark).center().x(), mark.top()), knob, knob);
+        painter.drawEllipse(QPointF(QRectF(mark).center().x(), mark.bottom() + 1), knob, knob);
+    }
+    painter.restore();
+}
+
+void BrowserLook::drawDropFrame(QPainter& painter, const QRect& area) const {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(withAlpha(m_palette.color(QPalette::Active, QPalette::Highlight), 0.08));
+    painter.setPen(QPen(m_palette.color(QPalette::Active, QPalette::Highlight), 3));
+    painter.drawRoundedRect(QRectF(area).adjusted(3, 3, -3, -3), corner, corner);
+    painter.restore();
+}
+
+void BrowserLook::drawRubberBand(QPainter& painter, const QRect& band) const {
+    const QColor highlight = m_palette.color(QPalette::Highlight);
+    painter.fillRect(band, withAlpha(highlight, 0.18));
+    painter.save();
+    painter.setPen(withAlpha(highlight, 0.8));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(band.adjusted(0, 0, -1, -1));
+    painter.restore();
+}
+
+QPixmap BrowserLook::shadow() const {
+    constexpr int side = 4 * shadowReach + 1;
+    const QString key = QStringLiteral("quillorn-page-shadow-%1").arg(m_ratio);
+    QPixmap pixmap;
+    if (QPixmapCache::find(key, &pixmap)) {
+        return pixmap;
+    }
+    constexpr double darkest = 0.38;
+    const int pixels = static_cast<int>(std::lround(side * m_ratio));
+    QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    for (int y = 0; y < pixels; ++y) {
+        for (int x = 0; x < pixels; ++x) {
+            // How far the point is from the middle square, whose sides the shadow leaves.
+            const auto beyond = [&](int at) {
+                const double place = (at + 0.5) / m_ratio;
+                return std::max({2.0 * shadowReach - place, place - 2.0 * shadowReach - 1, 0.0}) -
+                       shadowReach * 0.6;
+            };
+            const double dx = std::max(beyond(x), 0.0);
+            const double dy = std::max(beyond(y), 0.0);
+            const double left = 1 - std::hypot(dx, dy) / (shadowReach * 1.4);
+            const double alpha = left > 0 ? darkest * left * left : 0;
+            image.setPixelColor(x, y, QColor::fromRgbF(0, 0, 0, static_cast<float>(alpha)));
+        }
+    }
+    pixmap = QPixmap::fromImage(image);
+    QPixmapCache::insert(key, pixmap);
+    return pixmap;
+}
+
+void BrowserLook::drawShadow(QPainter& painter, const QRectF& paper) const {
+    const QPixmap pixmap = shadow();
+    const QRectF around = paper.adjusted(-shadowReach, -shadowReach, shadowReach, shadowReach)
+                              .translated(0, shadowDrop);
+    constexpr double reach = 2.0 * shadowReach;
+    const std::array<double, 4> xs = {around.left(), around.left() + reach, around.right() - reach,
+                                      around.right()};
+    const std::array<double, 4> ys = {around.top(), around.top() + reach, around.bottom() - reach,
+                                      around.bottom()};
+    const double cut = reach * m_ratio;
+    const std::array<double, 4> cuts = {0, cut, pixmap.width() - cut,
+                                        static_cast<double>(pixmap.width())};
+    for (std::size_t row = 0; row < 3; ++row) {
+        for (std::size_t column = 0; column < 3; ++column) {
+            const QRectF target(QPointF(xs[column], ys[row]), QPointF(xs[column + 1], ys[row + 1]));
+            const QRectF source(QPointF(cuts[column], cuts[row]),
+                                QPointF(cuts[column + 1], cuts[row + 1]));
+            if (!target.isEmpty() && (row != 1 || column != 1)) {
+                painter.drawPixmap(target, pixmap, source);
+            }
+        }
+    }
+}
+
+QPixmap BrowserLook::dragPicture(const std::vector<PagePicture>& pages, std::size_t count) const {
+    constexpr double side = 110;
+    constexpr double step = 7;
+    constexpr int margin = 14;
+    const int whole = static_cast<int>(side + 2 * step) + 2 * margin;
+    QPixmap pixmap(QSize(whole, whole) * m_ratio);
+    pixmap.setDevicePixelRatio(m_ratio);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    const std::size_t shown = std::min<std::size_t>(pages.size(), 3);
+    for (std::size_t i = shown; i-- > 0;) {
+        PagePicture page = pages[i];
+        page.size.scale(side * m_ratio, side * m_ratio, Qt::KeepAspectRatio);
+        if (page.state == PagePicture::State::drawn && page.thumbnail != nullptr) {
+            page.state = PagePicture::State::waiting; // it is drawn smaller than it is
+        }
+        const double shift = static_cast<double>(i) * step;
+        drawPage(painter, QRectF(margin + shift, margin + 2 * step - shift, side, side), page);
+    }
+    const QString text = QLocale().toString(static_cast<qulonglong>(count));
+    QFont bold = m_font;
+    bold.setBold(true);
+    const QFontMetrics metrics(bold);
+    const double height = metrics.height() + 4;
+    const double width = std::max<double>(metrics.horizontalAdvance(text) + 12, height);
+    const QRectF badge(whole - width - 2, 2, width, height);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(m_palette.color(QPalette::Active, QPalette::Highlight));
+    painter.setPen(QPen(m_palette.color(QPalette::Active, QPalette::HighlightedText), 1.5));
+    painter.drawRoundedRect(badge, height / 2, height / 2);
+    painter.setFont(bold);
+    painter.drawText(badge, Qt::AlignCenter, text);
+    return pixmap;
+}
+
+} // namespace quillorn

@@ -1,0 +1,137 @@
+#include "platform/browser/ImageBrowserView.h"
+
+#include <QPaintEvent>
+#include <QPainter>
+#include <algorithm>
+
+namespace quillorn {
+
+namespace {
+
+constexpr int groupBarWidth = 4;
+
+} // namespace
+
+BrowserLook ImageBrowserView::look() const {
+    return {palette(), font(), devicePixelRatioF(), m_isBackgroundDark};
+}
+
+void ImageBrowserView::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(viewport());
+    painter.fillRect(viewport()->rect(), palette().color(QPalette::Base));
+    const auto paintLayer = [&painter](const std::shared_ptr<BrowserLayer>& layer) {
+        if (layer != nullptr) {
+            painter.save();
+            layer->drawInContext(painter);
+            painter.restore();
+        }
+    };
+    paintLayer(m_backgroundLayer);
+    const BrowserLook look = this->look();
+    const BrowserRect visible = visibleRect();
+    const BrowserRange groups = m_layout.groupsBetween(visible.y, visible.bottom());
+    for (std::size_t group = groups.first; group < groups.end; ++group) {
+        paintGroup(painter, look, group);
+    }
+    paintItems(painter, look);
+    if (m_band) {
+        look.drawRubberBand(painter, viewportRect(BrowserRect::between(m_band->from, m_band->to)));
+    }
+    paintLayer(m_foregroundLayer);
+    if (m_dragOver && m_dragOver->operation != DragOperation::none) {
+        const auto types = m_dragOver->pasteboard.types();
+        if (std::ranges::find(types, pasteboard_type::pages) == types.end()) {
+            look.drawDropFrame(painter, viewport()->rect());
+        } else if (!m_drop.mark.isEmpty()) {
+            look.drawDropMark(painter, viewportRect(m_drop.mark));
+        }
+    }
+    if (!m_wishTimer.isActive()) {
+        m_wishTimer.start(0, this);
+    }
+}
+
+void ImageBrowserView::paintGroup(QPainter& painter, const BrowserLook& look,
+                                  std::size_t group) const {
+    const ImageBrowserGroup& shown = m_groups[group];
+    const BrowserRange items = m_layout.itemsOf(group);
+    const BrowserRect header = m_layout.headerRect(group);
+    const bool isExpanded = m_layout.isGroupExpanded(group);
+    HeaderLook headerLook;
+    headerLook.title = QString::fromStdString(shown.title);
+    headerLook.color = shown.backgroundColor;
+    headerLook.pageCount = items.end - items.first;
+    headerLook.isExpanded = isExpanded;
+    headerLook.isFocused = hasFocus() && m_focusedHeader == group;
+    look.drawHeader(painter, viewportRect(header), headerLook);
+    if (isExpanded && items.end > items.first) {
+        const BrowserRect last = m_layout.itemRect(items.end - 1);
+        const int spacing = BrowserLook::metrics(m_zoomValue, font()).spacing;
+        look.drawGroupBar(painter,
+                          viewportRect({0, header.bottom(), groupBarWidth,
+                                        last.bottom() + spacing - header.bottom()}),
+                          shown.backgroundColor);
+    }
+}
+
+void ImageBrowserView::paintItems(QPainter& painter, const BrowserLook& look) const {
+    for (const BrowserRange& range : visibleItems()) {
+        for (std::size_t index = range.first; index < range.end; ++index) {
+            const QRect cell = viewportRect(m_layout.itemRect(index));
+            const ImageBrowserItem item = itemAtIndex(index);
+            CellLook cellLook;
+            cellLook.title = QString::fromStdString(item.title);
+            cellLook.hasPage = item.page != nullptr;
+            cellLook.isSelected = m_selection.contains(index);
+            cellLook.isFocused = hasFocus() && !m_focusedHeader && m_current == index;
+            if (item.page != nullptr) {
+                cellLook.picture = m_pictures.find(*item.page, look.frameInDevicePixels(cell));
+            }
+            look.drawCell(painter, cell, cellLook);
+        }
+    }
+}
+
+std::vector<ImageBrowserItem> ImageBrowserView::itemsBetween(int top, int bottom) const {
+    std::vector<ImageBrowserItem> items;
+    const BrowserRect area{0, top, viewport()->width(), bottom - top};
+    for (const BrowserRange& range : m_layout.itemsIn(area)) {
+        for (std::size_t index = range.first; index < range.end; ++index) {
+            items.push_back(itemAtIndex(index));
+        }
+    }
+    return items;
+}
+
+/// What is shown comes first, then one window of what lies below, then as much of what lies above.
+void ImageBrowserView::wishPictures() {
+    const BrowserRect visible = visibleRect();
+    const auto shown = itemsBetween(visible.y, visible.bottom());
+    const auto below = itemsBetween(visible.bottom(), visible.bottom() + visible.height);
+    const auto above = itemsBetween(std::max(visible.y - visible.height, 0), visible.y);
+    const auto add = [](const std::vector<ImageBrowserItem>& items,
+                        std::vector<const PDFPage*>& pages) {
+        for (const ImageBrowserItem& item : items) {
+            if (item.page != nullptr) {
+                pages.push_back(item.page.get());
+            }
+        }
+    };
+    std::vector<const PDFPage*> now;
+    std::vector<const PDFPage*> later;
+    if (isVisible()) {
+        add(shown, now);
+        add(below, later);
+        add(above, later);
+    }
+    const BrowserMetrics metrics = BrowserLook::metrics(m_zoomValue, font());
+    m_pictures.setWishes(m_viewer, now, later,
+                         look().frameInDevicePixels({0, 0, metrics.cellWidth, metrics.cellHeight}));
+}
+
+void ImageBrowserView::hideEvent(QHideEvent* event) {
+    QAbstractScrollArea::hideEvent(event);
+    wishPictures();
+}
+
+} // namespace quillorn
