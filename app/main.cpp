@@ -4,6 +4,7 @@
 #include "app/MemoryLimit.h"
 #include "app/ProgramFolder.h"
 #include "app/StoredPreferences.h"
+#include "app/WindowStart.h"
 #include "composer/OutputFolder.h"
 #include "platform/files/FileDescriptor.h"
 #include "platform/pdf/MemoryShortage.h"
@@ -70,7 +71,11 @@ int main(int argc, char** argv) {
     quillorn::raiseOpenFileLimit();
     quillorn::ignoreSignalsOfWriting();
     quillorn::throwWhenMemoryRunsOut();
+    const std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
     try {
+        if (const auto files = quillorn::filesForWindow(words, quillorn::hasDisplay())) {
+            return quillorn::runWindow(argc, argv, *files);
+        }
         quillorn::CommandLineProgram program({{std::cout, std::cerr, terminalWidth()},
                                               defaultOutputFolder,
                                               quillorn::Interrupts::watch,
@@ -78,8 +83,7 @@ int main(int argc, char** argv) {
                                               prepareForInputs,
                                               endsAfterwards,
                                               quillorn::programFolder()});
-        const int status =
-            runProgram(program, std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
+        const int status = runProgram(program, words);
         if (endsAfterwards) {
             // Everything is written and flushed; giving back a large document piece by piece
             // would only keep the user waiting.
