@@ -30,9 +30,11 @@ QWidget& sheetParent(QWidget& mainWindow) {
 }
 
 void WidgetSheet::runModal() {
-    if (!m_dialog) {
-        m_dialog = m_parts.make();
-        QObject::connect(m_dialog, &QDialog::rejected, m_dialog, [this]() {
+    QDialog* dialog = m_dialog.data();
+    if (dialog == nullptr) {
+        dialog = m_parts.make();
+        m_dialog = dialog;
+        QObject::connect(dialog, &QDialog::rejected, dialog, [this]() {
             if (m_parts.cancelled) {
                 m_parts.cancelled();
             } else {
@@ -41,11 +43,11 @@ void WidgetSheet::runModal() {
         });
     }
     if (m_parts.willRun) {
-        m_parts.willRun(*m_dialog);
+        m_parts.willRun(*dialog);
     }
-    m_dialog->show();
-    m_dialog->raise();
-    m_dialog->activateWindow();
+    dialog->show();
+    dialog->raise();
+    dialog->activateWindow();
     QEventLoop loop;
     m_runs.push_back(&loop);
     loop.exec();
@@ -59,58 +61,65 @@ void WidgetSheet::stopModal() {
 }
 
 void WidgetSheet::orderOut() {
-    if (m_dialog) {
-        m_dialog->hide();
+    if (QDialog* const dialog = m_dialog.data()) {
+        dialog->hide();
     }
 }
 
 void WidgetProgressSheet::make() {
-    m_dialog = new QDialog(&sheetParent(m_mainWindow)); // owned by its parent
-    m_dialog->setWindowModality(Qt::WindowModal);
-    m_dialog->setWindowTitle(QObject::tr("Saving"));
-    m_dialog->setObjectName(QStringLiteral("saveWindow"));
-    InputGuard::letThrough(*m_dialog);
-    auto* const layout = new QVBoxLayout(m_dialog);
-    auto* const label = new QLabel(QObject::tr("Writing the PDF files…"), m_dialog);
-    m_bar = new QProgressBar(m_dialog);
-    m_bar->setMinimumWidth(progressWidth);
-    m_bar->setAccessibleName(QObject::tr("Progress of the file being written"));
-    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, m_dialog);
+    auto* const dialog = new QDialog(&sheetParent(m_mainWindow)); // owned by its parent
+    dialog->setWindowModality(Qt::WindowModal);
+    dialog->setWindowTitle(QObject::tr("Saving"));
+    dialog->setObjectName(QStringLiteral("saveWindow"));
+    InputGuard::letThrough(*dialog);
+    auto* const layout = new QVBoxLayout(dialog);
+    auto* const label = new QLabel(QObject::tr("Writing the PDF files…"), dialog);
+    auto* const bar = new QProgressBar(dialog);
+    bar->setMinimumWidth(progressWidth);
+    bar->setAccessibleName(QObject::tr("Progress of the file being written"));
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, dialog);
     layout->addWidget(label);
-    layout->addWidget(m_bar);
+    layout->addWidget(bar);
     layout->addWidget(buttons);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, m_dialog, &QDialog::reject);
-    QObject::connect(m_dialog, &QDialog::rejected, m_dialog, [this]() {
+    QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+    QObject::connect(dialog, &QDialog::rejected, dialog, [this]() {
         if (m_isWriting) {
             m_cancelled();
         }
     });
+    m_dialog = dialog;
+    m_bar = bar;
 }
 
 void WidgetProgressSheet::begin(std::size_t maximum) {
     m_isWriting = true;
-    if (!m_dialog || !m_dialog->isVisible()) {
-        delete m_dialog; // its place is on whatever asks now
+    QDialog* const earlier = m_dialog.data();
+    if (earlier == nullptr || !earlier->isVisible()) {
+        delete earlier; // its place is on whatever asks now
         make();
     }
-    m_bar->setRange(0, asInt(maximum));
-    m_bar->setValue(0);
-    m_dialog->show();
+    if (QProgressBar* const bar = m_bar.data()) {
+        bar->setRange(0, asInt(maximum));
+        bar->setValue(0);
+    }
+    if (QDialog* const dialog = m_dialog.data()) {
+        dialog->show();
+    }
 }
 
 void WidgetProgressSheet::setValue(std::size_t value) {
-    if (m_bar) {
-        m_bar->setValue(asInt(value));
+    if (QProgressBar* const bar = m_bar.data()) {
+        bar->setValue(asInt(value));
     }
 }
 
 void WidgetProgressSheet::end() {
     m_isWriting = false;
-    if (m_dialog) {
+    if (QDialog* const dialog = m_dialog.data()) {
         // Not at once: the next file may begin right behind this one.
-        QTimer::singleShot(0, m_dialog, [this]() {
+        QTimer::singleShot(0, dialog, [this, dialog]() {
             if (!m_isWriting) {
-                m_dialog->hide();
+                dialog->hide();
             }
         });
     }

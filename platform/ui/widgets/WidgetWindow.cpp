@@ -72,19 +72,20 @@ void WidgetWindow::setToolbar(const Toolbar& toolbar, ToolbarDelegate& delegate)
     if (m_toolbar) {
         delete m_toolbar;
     }
-    m_toolbar = m_window.addToolBar(QObject::tr("Toolbar"));
-    m_toolbar->setObjectName(toQString(toolbar.identifier));
-    m_toolbar->setMovable(toolbar.allowsUserCustomization);
-    m_toolbar->setFloatable(false);
-    m_toolbar->setAllowedAreas(Qt::TopToolBarArea | Qt::BottomToolBarArea);
-    m_toolbar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    QToolBar* const bar = m_window.addToolBar(QObject::tr("Toolbar"));
+    m_toolbar = bar;
+    bar->setObjectName(toQString(toolbar.identifier));
+    bar->setMovable(toolbar.allowsUserCustomization);
+    bar->setFloatable(false);
+    bar->setAllowedAreas(Qt::TopToolBarArea | Qt::BottomToolBarArea);
+    bar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     for (const std::string& identifier : delegate.toolbarDefaultItemIdentifiers()) {
         if (identifier == toolbar_identifier::separator) {
-            m_toolbar->addSeparator();
+            bar->addSeparator();
         } else if (identifier == toolbar_identifier::flexibleSpace) {
-            m_toolbar->addWidget(spacer(*m_toolbar, QSizePolicy::Expanding));
+            bar->addWidget(spacer(*bar, QSizePolicy::Expanding));
         } else if (identifier == toolbar_identifier::space) {
-            m_toolbar->addWidget(spacer(*m_toolbar, QSizePolicy::Fixed));
+            bar->addWidget(spacer(*bar, QSizePolicy::Fixed));
         } else if (const auto item = delegate.toolbarItemForItemIdentifier(identifier)) {
             auto* const button = dynamic_cast<WidgetButton*>(item->view);
             if (button == nullptr || button->widget() == nullptr) {
@@ -96,10 +97,10 @@ void WidgetWindow::setToolbar(const Toolbar& toolbar, ToolbarDelegate& delegate)
             widget->setAccessibleName(toQString(item->label));
             if (auto* const tool = qobject_cast<QToolButton*>(widget)) {
                 tool->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-                tool->setIconSize(m_toolbar->iconSize());
+                tool->setIconSize(bar->iconSize());
                 tool->setAutoRaise(true);
             }
-            QAction* const action = m_toolbar->addWidget(widget);
+            QAction* const action = bar->addWidget(widget);
             action->setText(toQString(item->paletteLabel));
             action->setVisible(true);
             widget->show();
