@@ -22,12 +22,23 @@ std::vector<std::string> DragPasteboard::propertyListForType(std::string_view ty
     return found != m_lists.end() ? found->second : std::vector<std::string>();
 }
 
+namespace {
+
+QString pagesType() {
+    return QString::fromUtf8(pasteboard_type::pages.data(),
+                             static_cast<qsizetype>(pasteboard_type::pages.size()));
+}
+
+} // namespace
+
 std::unique_ptr<QMimeData> mimeDataOfPages() {
     auto data = std::make_unique<QMimeData>();
-    data->setData(QString::fromUtf8(pasteboard_type::pages.data(),
-                                    static_cast<qsizetype>(pasteboard_type::pages.size())),
-                  QByteArray("pages"));
+    data->setData(pagesType(), QByteArray("pages"));
     return data;
+}
+
+bool hasPages(const QMimeData& data) {
+    return data.hasFormat(pagesType());
 }
 
 DragPasteboard pasteboardOfFiles(const QMimeData& data) {

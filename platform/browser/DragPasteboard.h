@@ -31,6 +31,9 @@ private:
 /// program could take for files.
 [[nodiscard]] std::unique_ptr<QMimeData> mimeDataOfPages();
 
+/// Whether this is what mimeDataOfPages tells.
+[[nodiscard]] bool hasPages(const QMimeData& data);
+
 /// A drag that comes from another program: the local files in it, as absolute paths. Pages of
 /// another instance of this program are none of ours, so they are left out.
 [[nodiscard]] DragPasteboard pasteboardOfFiles(const QMimeData& data);

@@ -17,7 +17,7 @@ namespace quillorn {
 ImageBrowserView::ImageBrowserView(PagePictures& pictures, QWidget* parent)
     : QAbstractScrollArea(parent),
       m_pictures(pictures),
-      m_viewer(pictures.addViewer([this] { viewport()->update(); })) {
+      m_viewer(pictures.addViewer([this] { pictureArrived(); })) {
     installAccessibleBrowser();
     setFocusPolicy(Qt::StrongFocus);
     setAcceptDrops(true);
@@ -354,6 +354,9 @@ void ImageBrowserView::timerEvent(QTimerEvent* event) {
     } else if (event->timerId() == m_wishTimer.timerId()) {
         m_wishTimer.stop();
         wishPictures();
+    } else if (event->timerId() == m_arrivalTimer.timerId()) {
+        m_arrivalTimer.stop();
+        viewport()->update();
     } else if (event->timerId() == m_edgeTimer.timerId()) {
         scrollAtEdge(m_edgePosition);
     } else {

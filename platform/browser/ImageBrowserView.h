@@ -16,6 +16,7 @@
 #include <optional>
 #include <vector>
 
+class QDrag;
 class QDropEvent;
 
 namespace quillorn {
@@ -112,6 +113,8 @@ protected:
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
+    /// Has the desktop carry out a drag, and returns when it is over.
+    virtual void runDrag(QDrag& drag);
 
 private:
     /// What the left button began.
@@ -157,6 +160,7 @@ private:
     void paintGroup(QPainter& painter, const BrowserLook& look, std::size_t group) const;
     void paintItems(QPainter& painter, const BrowserLook& look) const;
     void wishPictures();
+    void pictureArrived();
     [[nodiscard]] std::vector<ImageBrowserItem> itemsBetween(int top, int bottom) const;
 
     // Keys (ImageBrowserViewKeys.cpp)
@@ -208,8 +212,7 @@ private:
 
     MousePress m_press;
     std::optional<Band> m_band;
-    const Pasteboard* m_dragged = nullptr; ///< of a drag that began here, while it lasts
-    IndexSet m_draggedIndexes;
+    IndexSet m_draggedIndexes; ///< of the drag that began here last
     std::optional<DragOver> m_dragOver;
     BrowserDrop m_drop;
     QBasicTimer m_edgeTimer;
@@ -217,6 +220,7 @@ private:
     QBasicTimer m_glideTimer;
     int m_glideTarget = 0;
     QBasicTimer m_wishTimer;
+    QBasicTimer m_arrivalTimer;             ///< pictures came in and are to be painted
     std::unique_ptr<PagePreview> m_preview; ///< made when it is wanted first
 };
 

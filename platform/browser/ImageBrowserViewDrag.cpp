@@ -26,18 +26,28 @@ private:
     bool m_startedHere;
 };
 
-/// Forgets a drag when it is over, however that comes about.
-class DragScope {
+/// The drag of pages that goes on in this program right now; there is one at most. The desktop
+/// carries no more than the fact that there is one, so pages of another instance of this program
+/// are never taken for ours.
+class CurrentDrag {
 public:
-    DragScope(const Pasteboard*& place, const Pasteboard& pasteboard) : m_place(place) {
-        m_place = &pasteboard;
+    CurrentDrag(const ImageBrowserView& origin, const Pasteboard& pasteboard)
+        : m_origin(origin), m_pasteboard(pasteboard) {
+        s_current = this;
     }
-    ~DragScope() { m_place = nullptr; }
-    DragScope(const DragScope&) = delete;
-    DragScope& operator=(const DragScope&) = delete;
+    ~CurrentDrag() { s_current = nullptr; }
+    CurrentDrag(const CurrentDrag&) = delete;
+    CurrentDrag& operator=(const CurrentDrag&) = delete;
+
+    /// Null when there is none.
+    [[nodiscard]] static const CurrentDrag* get() { return s_current; }
+    [[nodiscard]] bool beganIn(const ImageBrowserView& view) const { return &m_origin == &view; }
+    [[nodiscard]] const Pasteboard& pasteboard() const { return m_pasteboard; }
 
 private:
-    const Pasteboard*& m_place;
+    static inline const CurrentDrag* s_current = nullptr;
+    const ImageBrowserView& m_origin;
+    const Pasteboard& m_pasteboard;
 };
 
 DragPasteboard copyOf(const Pasteboard& pasteboard) {
@@ -72,21 +82,25 @@ void ImageBrowserView::startDrag() {
             pages.push_back(m_pictures.find(*page, frame));
         }
     }
-    const DragScope scope(m_dragged, pasteboard);
+    const CurrentDrag current(*this, pasteboard);
     // Qt deletes a drag when it is over.
     QDrag* const drag = std::make_unique<QDrag>(this).release();
     drag->setMimeData(mimeDataOfPages().release());
     drag->setPixmap(look.dragPicture(pages, count));
     drag->setHotSpot(QPoint(30, 30));
-    drag->exec(Qt::CopyAction, Qt::CopyAction);
+    runDrag(*drag);
+}
+
+void ImageBrowserView::runDrag(QDrag& drag) {
+    drag.exec(Qt::CopyAction, Qt::CopyAction);
 }
 
 void ImageBrowserView::dragEnterEvent(QDragEnterEvent* event) {
     DragOver over;
-    over.startedHere = event->source() == this;
-    const auto* const origin = qobject_cast<const ImageBrowserView*>(event->source());
-    if (origin != nullptr && origin->m_dragged != nullptr) {
-        over.pasteboard = copyOf(*origin->m_dragged);
+    const CurrentDrag* const current = CurrentDrag::get();
+    if (current != nullptr && hasPages(*event->mimeData())) {
+        over.startedHere = current->beganIn(*this);
+        over.pasteboard = copyOf(current->pasteboard());
     } else {
         over.pasteboard = pasteboardOfFiles(*event->mimeData());
     }

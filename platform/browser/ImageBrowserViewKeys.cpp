@@ -167,8 +167,9 @@ void ImageBrowserView::moveCurrent(Step step, Qt::KeyboardModifiers modifiers) {
         }
     }
     if (!target) {
+        const Step first = step == Step::end ? Step::end : Step::home;
         target = m_current ? m_layout.stepFrom(*m_current, step, viewport()->height())
-                           : m_layout.stepFrom(0, Step::home, 1);
+                           : m_layout.stepFrom(0, first, 1);
     }
     if (!target) {
         return;

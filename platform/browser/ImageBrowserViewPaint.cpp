@@ -129,6 +129,14 @@ void ImageBrowserView::wishPictures() {
                          look().frameInDevicePixels({0, 0, metrics.cellWidth, metrics.cellHeight}));
 }
 
+/// Many may come in at a time; painting each of them by itself would take longer than drawing it.
+void ImageBrowserView::pictureArrived() {
+    constexpr int pause = 16; // milliseconds
+    if (!m_arrivalTimer.isActive()) {
+        m_arrivalTimer.start(pause, this);
+    }
+}
+
 void ImageBrowserView::hideEvent(QHideEvent* event) {
     QAbstractScrollArea::hideEvent(event);
     wishPictures();

@@ -2,6 +2,7 @@
 #include "tests/platform/browser/ScriptedBrowserData.h"
 
 #include <QApplication>
+#include <QDrag>
 #include <QDragEnterEvent>
 #include <QDragMoveEvent>
 #include <QElapsedTimer>
@@ -10,11 +11,10 @@
 #include <QPainter>
 #include <QPalette>
 #include <QTest>
-#include <QTimer>
 #include <QUrl>
-#include <QWindow>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -46,6 +46,23 @@ public:
         return DragOperation::copy;
     }
     bool performDragOperation(const DraggingInfo& /*info*/) override { return true; }
+};
+
+/// A browser whose drags end where the test says.
+class StillBrowser : public ImageBrowserView {
+public:
+    using ImageBrowserView::ImageBrowserView;
+    std::function<void(QDrag&)> whileDragging;
+
+protected:
+    void runDrag(QDrag& drag) override {
+        drag.pixmap().save(QString::fromStdString(dragPicture.string()));
+        whileDragging(drag);
+        drag.deleteLater();
+    }
+
+public:
+    std::filesystem::path dragPicture;
 };
 
 class Studio {
@@ -88,6 +105,8 @@ public:
             addAll(data);
             view.reloadData();
             view.setAllowsReordering(true);
+            view.setSelectionIndexes({0, 1, 2, 3, 8}, false);
+            QTest::qWait(500);
             hold(view, QPoint(330, 180), true);
         });
         take("drop-files", [this](ImageBrowserView& view, ScriptedBrowserData& data) {
@@ -98,7 +117,7 @@ public:
         take("rubber-band", [this](ImageBrowserView& view, ScriptedBrowserData& data) {
             addAll(data);
             view.reloadData();
-            QTest::mousePress(view.viewport(), Qt::LeftButton, {}, QPoint(540, 235));
+            QTest::mousePress(view.viewport(), Qt::LeftButton, {}, QPoint(655, 262));
             QTest::mouseMove(view.viewport(), QPoint(200, 60));
         });
         take("small", [this](ImageBrowserView& view, ScriptedBrowserData& data) {
@@ -147,12 +166,15 @@ private:
             holdThere();
             return;
         }
-        // A drag of its own has an event loop of its own.
-        QTimer::singleShot(300, &view, [this, &view, holdThere] {
-            holdThere();
+        auto& still = dynamic_cast<StillBrowser&>(view);
+        still.dragPicture = m_folder / "drag-picture.png";
+        still.whileDragging = [this, &view, place](QDrag& drag) {
+            QDragEnterEvent enter(place, Qt::CopyAction, drag.mimeData(), Qt::LeftButton, {});
+            QApplication::sendEvent(view.viewport(), &enter);
+            QDragMoveEvent move(place, Qt::CopyAction, drag.mimeData(), Qt::LeftButton, {});
+            QApplication::sendEvent(view.viewport(), &move);
             save(view, "drop-mark-held");
-            QTest::keyClick(view.windowHandle(), Qt::Key_Escape);
-        });
+        };
         QTest::mousePress(view.viewport(), Qt::LeftButton, {}, QPoint(90, 100));
         QTest::mouseMove(view.viewport(), QPoint(160, 160));
     }
@@ -160,7 +182,7 @@ private:
     template <class Setup>
     void take(const std::string& name, Setup setup) {
         ScriptedBrowserData data;
-        ImageBrowserView view(m_pictures);
+        StillBrowser view(m_pictures);
         const bool isDark = qApp->palette().color(QPalette::Base).lightness() < 128;
         view.setBackgroundLayer(std::make_shared<PaleBlue>(
             isDark ? QColor(30, 34, 40) : QColor::fromRgbF(0.905882F, 0.929412F, 0.964706F)));
