@@ -1,7 +1,9 @@
 #include "tests/composer/OutputPane.h"
 
 #include "tests/fakes/PDFContents.h"
+#include "tests/fakes/WindowLoop.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
@@ -59,6 +61,38 @@ TEST_F(ImageViewSecSavingTest, EachFileShowsItsProgressPageByPage) {
               (Texts{"begin 3", "0", "1", "2", "end", "begin 1", "0", "end"}));
 }
 
+TEST(ImageViewSecWorker, WritingElsewhereShowsTheSameProgress) {
+    tests::WindowLoop window;
+    tests::WindowWork work{window};
+    tests::OutputPane output(window.queue, work);
+    output.addGroup("a.pdf", 3);
+    output.saveToPDFWindow.m_user = [&output]() {
+        output.pane.clickSaveToPDFSureBtn(output.saveToPDFWindow);
+    };
+    output.pane.saveToPDF();
+    EXPECT_EQ(output.saveWindow.m_log, (Texts{"begin 3", "0", "1", "2", "end"}));
+    EXPECT_EQ(tests::pageTexts(output.movies() / "a.pdf").size(), 3U);
+    EXPECT_TRUE(output.pane.isSave());
+}
+
+TEST(ImageViewSecWorker, TheProgressSheetCanCancelTheSave) {
+    tests::WindowLoop window;
+    tests::WindowWork work{window};
+    tests::OutputPane output(window.queue, work);
+    output.addGroup("a.pdf", 3);
+    output.addGroup("b.pdf", 3);
+    output.saveWindow.m_user = [&output]() { output.pane.cancelSaving(); };
+    output.saveToPDFWindow.m_user = [&output]() {
+        output.pane.clickSaveToPDFSureBtn(output.saveToPDFWindow);
+    };
+    output.pane.saveToPDF();
+    EXPECT_FALSE(output.pane.isSave());
+    EXPECT_TRUE(tests::namesIn(output.movies()).empty());
+    EXPECT_EQ(output.saveWindow.m_log.front(), "begin 3");
+    EXPECT_EQ(output.saveWindow.m_log.back(), "end");
+    EXPECT_EQ(output.statusLine.m_messages, Texts{"Saving was cancelled after 0 of 2 files."});
+}
+
 TEST_F(ImageViewSecSavingTest, ASecondSaveReplacesTheFilesWithoutAQuestion) {
     output.addGroup("a.pdf", 2);
     save();
@@ -111,7 +145,9 @@ TEST_F(ImageViewSecSavingTest, CancellingASaveKeepsWhatIsCompleteAndStaysUnsaved
     EXPECT_TRUE(output.workspace.m_opened.empty());
     EXPECT_EQ(output.statusLine.m_messages, Texts{"Saving was cancelled after 1 of 3 files."});
     EXPECT_EQ(output.saveToPDFWindow.m_stops, 1);
-    EXPECT_EQ(output.saveWindow.m_log.back(), "end") << "no progress is left on the screen";
+    EXPECT_EQ(std::ranges::count(output.saveWindow.m_log, "end"),
+              std::ranges::count(output.saveWindow.m_log, "begin 1"))
+        << "no progress is left on the screen";
     output.longWork.m_cancelFrom = -1;
     save();
     EXPECT_EQ(tests::namesIn(output.movies()), (Texts{"a.pdf", "b.pdf", "c.pdf"}));

@@ -8,14 +8,20 @@
 
 namespace quillorn::tests {
 
-OutputPane::OutputPane()
+OutputPane::OutputPane() : OutputPane(nullptr, nullptr) {}
+
+OutputPane::OutputPane(MainThread& mainThread, LongWork& work) : OutputPane(&mainThread, &work) {}
+
+OutputPane::OutputPane(MainThread* mainThread, LongWork* work)
     : pane(ImageViewSecOutlets{controls.outlets(), deletePdfPage, changePDFName, iChangePDFName,
                                rotateRight, iRotateRight, rotateLeft, iRotateLeft, saveMenu,
                                btnSave, btnAddNewGroup, btnSavePath, groupNameWindow, groupNameText,
                                changeNameWindow, changeNameText, extentionName, saveToPDFWindow,
                                saveWindow},
-           ImageViewSecServices{alerts, filePanels, preferences, threads, threads, longWork,
-                                statusLine, workspace, dragPagesArray, home.path().string()}) {
+           ImageViewSecServices{alerts, filePanels, preferences,
+                                mainThread != nullptr ? *mainThread : threads, threads,
+                                work != nullptr ? *work : longWork, statusLine, workspace,
+                                dragPagesArray, home.path().string()}) {
     extentionName.m_value = ".pdf";
     std::filesystem::create_directories(cache());
     pane.awakeFromNib();

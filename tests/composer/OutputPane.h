@@ -20,6 +20,8 @@ namespace quillorn::tests {
 class OutputPane {
 public:
     OutputPane();
+    /// With other threads than one for all.
+    OutputPane(MainThread& mainThread, LongWork& work);
 
     /// Pages labelled "a1", "a2", ... of a source named a, as dragged out of the source pane.
     void drag(const std::string& name, std::size_t count);
@@ -69,6 +71,9 @@ public:
     DragPagesArray dragPagesArray;
     std::vector<std::unique_ptr<PDFDocument>> sources; ///< what the source pane keeps open
     ImageViewSec pane;
+
+private:
+    OutputPane(MainThread* mainThread, LongWork* work);
 };
 
 } // namespace quillorn::tests

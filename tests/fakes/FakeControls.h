@@ -97,11 +97,15 @@ class FakeProgressSheet final : public ProgressSheet {
 public:
     void begin(std::size_t maximum) override {
         m_log.push_back("begin " + std::to_string(maximum));
+        if (m_user) {
+            m_user();
+        }
     }
     void setValue(std::size_t value) override { m_log.push_back(std::to_string(value)); }
     void end() override { m_log.emplace_back("end"); }
 
     std::vector<std::string> m_log;
+    std::function<void()> m_user; ///< what the user does when it appears, if anything
 };
 
 class FakeStatusLine final : public StatusLine {

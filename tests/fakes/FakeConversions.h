@@ -8,6 +8,7 @@
 #include <mutex>
 #include <stop_token>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quillorn::tests {

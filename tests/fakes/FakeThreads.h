@@ -4,7 +4,9 @@
 #include "platform/ui/MainThread.h"
 #include "platform/ui/WorkerThreads.h"
 
+#include <cstddef>
 #include <functional>
+#include <iterator>
 #include <stop_token>
 #include <string>
 #include <utility>

@@ -1,17 +1,14 @@
 #include "tests/import/SourcePane.h"
 
 #include "platform/ui/CacheFolder.h"
-#include "platform/ui/MainThreadQueue.h"
 #include "platform/ui/OwnedThreads.h"
-#include "tests/fakes/TestPDF.h"
+#include "tests/fakes/WindowLoop.h"
 
-#include <chrono>
-#include <condition_variable>
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <mutex>
+#include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace quillorn {
@@ -321,46 +318,13 @@ TEST_F(ImageViewFirIntakeTest, AnsweredAtOnceEachFileIsAskedAbout) {
 /// The window's thread and real worker threads.
 class WorkerIntakeTest : public testing::Test {
 protected:
-    /// Runs the window's loop until `done`; fails after a minute.
-    void runUntil(const std::function<bool()>& done) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (!done()) {
-            std::unique_lock lock(m_mutex);
-            ASSERT_TRUE(m_wakeUp.wait_until(lock, deadline, [this]() { return m_isWoken; }));
-            m_isWoken = false;
-            lock.unlock();
-            queue.runPending();
-        }
-    }
-    ~WorkerIntakeTest() override { queue.close(); }
-
-private:
-    void wake() {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_isWoken = true;
-        }
-        m_wakeUp.notify_all();
-    }
-    std::mutex m_mutex;
-    std::condition_variable m_wakeUp;
-    bool m_isWoken = false;
-
-protected:
-    MainThreadQueue queue{[this]() { wake(); }};
-    /// Work on the thread that asks for it, from several threads at once.
-    class WorkHere final : public LongWork {
-    public:
-        [[nodiscard]] bool run(const std::string& /*text*/, const Work& work) override {
-            work(std::stop_token());
-            return true;
-        }
-    } work;
+    tests::WindowLoop window;
+    tests::WindowWork work{window};
 };
 
 TEST_F(WorkerIntakeTest, TwoListsAtOnceGiveOneGroupForEachFile) {
     OwnedThreads threads;
-    tests::SourcePane source(queue, threads, work);
+    tests::SourcePane source(window.queue, threads, work);
     Names first;
     Names second;
     for (int i = 0; i < 8; ++i) {
@@ -369,7 +333,7 @@ TEST_F(WorkerIntakeTest, TwoListsAtOnceGiveOneGroupForEachFile) {
     }
     source.pane.openFilesLoad(first);
     source.pane.openFilesLoad(second);
-    runUntil([&source]() { return source.pane.groupArray().size() == 16; });
+    window.runUntil([&source]() { return source.pane.groupArray().size() == 16; });
     std::size_t next = 0;
     for (const ImageBrowserGroup& group : source.pane.groupArray()) {
         EXPECT_EQ(group.range.first, next);
@@ -379,22 +343,35 @@ TEST_F(WorkerIntakeTest, TwoListsAtOnceGiveOneGroupForEachFile) {
         }
         next = group.range.end;
     }
-    queue.close();
+    window.queue.close();
     threads.finish();
 }
 
 TEST_F(WorkerIntakeTest, TheProgramCanEndWhileFilesComeIn) {
     OwnedThreads threads;
-    tests::SourcePane source(queue, threads, work);
+    tests::SourcePane source(window.queue, threads, work);
     Names files;
     for (int i = 0; i < 50; ++i) {
         files.push_back(source.file("b" + std::to_string(i) + ".png"));
     }
     source.pane.openFilesLoad(files);
-    runUntil([&source]() { return !source.pane.groupArray().empty(); });
-    queue.close();
+    window.runUntil([&source]() { return !source.pane.groupArray().empty(); });
+    window.queue.close();
     threads.finish();
     EXPECT_LT(source.conversions.calls().size(), 50U);
+}
+
+TEST_F(WorkerIntakeTest, TheWindowLivesWhileADropIsConverted) {
+    OwnedThreads threads;
+    tests::SourcePane source(window.queue, threads, work);
+    bool painted = false;
+    source.conversions.m_during = [this, &painted]() {
+        EXPECT_FALSE(window.queue.isCurrent());
+        window.queue.runAndWait([&painted]() { painted = true; });
+    };
+    EXPECT_TRUE(source.drop({source.file("a.png"), source.pdf("b.pdf", 2)}));
+    EXPECT_TRUE(painted);
+    EXPECT_EQ(source.shown(), "a.png: a.png | b.pdf: 1-b 2-b") << "the drop was waited for";
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "tests/fakes/FakePaneControls.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <memory>
 #include <set>

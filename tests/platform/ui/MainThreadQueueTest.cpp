@@ -1,9 +1,9 @@
 #include "platform/ui/MainThreadQueue.h"
 
 #include "platform/ui/OwnedThreads.h"
+#include "tests/fakes/WindowLoop.h"
 
 #include <atomic>
-#include <chrono>
 #include <condition_variable>
 #include <gtest/gtest.h>
 #include <mutex>
@@ -13,37 +13,7 @@
 namespace quillorn {
 namespace {
 
-/// A thread of a window: it sleeps until it is woken, and gives up after a while.
-class Window {
-public:
-    /// Runs what comes until `done`. False when it takes too long.
-    bool runUntil(const std::function<bool()>& done) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (!done()) {
-            std::unique_lock lock(m_mutex);
-            if (!m_wakeUp.wait_until(lock, deadline, [this]() { return m_isWoken; })) {
-                return false;
-            }
-            m_isWoken = false;
-            lock.unlock();
-            queue.runPending();
-        }
-        return true;
-    }
-
-    MainThreadQueue queue{[this]() {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_isWoken = true;
-        }
-        m_wakeUp.notify_all();
-    }};
-
-private:
-    std::mutex m_mutex;
-    std::condition_variable m_wakeUp;
-    bool m_isWoken = false;
-};
+using tests::WindowLoop;
 
 TEST(MainThreadQueue, ItsOwnThreadRunsWorkAtOnce) {
     MainThreadQueue queue([]() { ADD_FAILURE() << "nobody needs to be woken"; });
@@ -54,7 +24,7 @@ TEST(MainThreadQueue, ItsOwnThreadRunsWorkAtOnce) {
 }
 
 TEST(MainThreadQueue, AnotherThreadWaitsForTheWindow) {
-    Window window;
+    WindowLoop window;
     std::vector<int> order;
     std::atomic<bool> ended = false;
     std::jthread worker([&]() {
@@ -72,7 +42,7 @@ TEST(MainThreadQueue, AnotherThreadWaitsForTheWindow) {
 }
 
 TEST(MainThreadQueue, WorkOfAModalLoopRunsWithinOtherWork) {
-    Window window;
+    WindowLoop window;
     bool inner = false;
     window.queue.post([&]() {
         window.queue.post([&inner]() { inner = true; });
@@ -84,7 +54,7 @@ TEST(MainThreadQueue, WorkOfAModalLoopRunsWithinOtherWork) {
 }
 
 TEST(MainThreadQueue, ClosingLetsThoseGoWhoWait) {
-    Window window;
+    WindowLoop window;
     std::atomic<bool> ended = false;
     std::jthread worker([&]() {
         EXPECT_FALSE(window.queue.runAndWait([]() { ADD_FAILURE() << "ran after the end"; }));
