@@ -1,5 +1,7 @@
 #include <QAbstractTextDocumentLayout>
+#include <QByteArray>
 #include <QColor>
+#include <QFile>
 #include <QFont>
 #include <QGuiApplication>
 #include <QMarginsF>
@@ -13,9 +15,6 @@
 #include <QTextFrame>
 #include <QTextTable>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
-#include <string>
 
 // The build's own tool: makes the manual, a PDF, out of its text.
 //
@@ -70,10 +69,9 @@ int main(int argc, char** argv) {
         std::fputs("usage: quillorn-help-book TEXT.md BOOK.pdf\n", stderr);
         return 2;
     }
-    std::ifstream stream(argv[1], std::ios::binary);
-    const std::string text((std::istreambuf_iterator<char>(stream)),
-                           std::istreambuf_iterator<char>());
-    if (!stream || text.empty()) {
+    QFile file(QString::fromLocal8Bit(argv[1]));
+    const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    if (text.isEmpty()) {
         std::fprintf(stderr, "%s cannot be read\n", argv[1]);
         return 1;
     }
@@ -91,7 +89,7 @@ int main(int argc, char** argv) {
     font.setPointSizeF(bodySize);
     document.setDefaultFont(font);
     document.setDocumentMargin(0);
-    document.setMarkdown(QString::fromStdString(text), QTextDocument::MarkdownDialectGitHub);
+    document.setMarkdown(QString::fromUtf8(text), QTextDocument::MarkdownDialectGitHub);
     dress(document);
     document.setPageSize(
         QSizeF(writer.width(), writer.height() - resolution * 4 / millimetresPerInch));

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QDrag>
 #include <QDragEnterEvent>
 #include <QDragMoveEvent>
 #include <QMimeData>
@@ -123,7 +124,10 @@ private:
 
     void fill() {
         m_program->openFiles({m_files.front()});
-        QTest::qWaitFor([this]() { return !m_program->source().images().empty(); }, patience);
+        if (!QTest::qWaitFor([this]() { return !m_program->source().images().empty(); },
+                             patience)) {
+            ++m_failures;
+        }
         settle();
         take("03-one-file");
         m_program->openFiles({m_files.begin() + 1, m_files.end()});
