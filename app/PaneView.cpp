@@ -3,6 +3,7 @@
 #include <QFont>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QResizeEvent>
 #include <QVBoxLayout>
 
 namespace quillorn {
@@ -17,6 +18,9 @@ constexpr int headingMargin = 6;     // logical pixels
 
 void PaneBrowser::reloadData() {
     ImageBrowserView::reloadData();
+    // With contents its place is kept, so that cells stay where they are; without, it is noise.
+    setVerticalScrollBarPolicy(layoutOfItems().groupCount() > 0 ? Qt::ScrollBarAlwaysOn
+                                                                : Qt::ScrollBarAsNeeded);
     if (m_reloaded) {
         m_reloaded();
     }
@@ -53,8 +57,6 @@ PaneView::PaneView(const QString& title, PagePictures& pictures, QWidget* parent
     bold.setBold(true);
     m_title->setFont(bold);
     m_summary->setForegroundRole(QPalette::PlaceholderText);
-    // A narrow pane cuts the summary first, then the title, so that the window can be small.
-    m_title->setMinimumWidth(0);
     m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_slider->setMinimumWidth(leastSliderWidth);
     m_slider->setMaximumWidth(sliderWidth);
@@ -63,6 +65,7 @@ PaneView::PaneView(const QString& title, PagePictures& pictures, QWidget* parent
 
     auto* const heading = new QHBoxLayout;
     heading->setContentsMargins(headingMargin + 2, headingMargin, headingMargin, headingMargin);
+    heading->setSpacing(2 * headingMargin);
     heading->addWidget(m_title);
     heading->addWidget(m_summary, 1);
     heading->addWidget(m_slider, 1);
@@ -73,13 +76,27 @@ PaneView::PaneView(const QString& title, PagePictures& pictures, QWidget* parent
     layout->addWidget(m_browser, 1);
     m_browser->setAccessibleName(title);
     m_browser->setMinimumSize(1, 1);
+    m_browser->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_browser->setFrameShape(QFrame::NoFrame);
     setFocusProxy(m_browser);
 }
 
 void PaneView::setSummary(const QString& summary) {
-    m_summary->setText(summary);
-    m_summary->setToolTip(summary);
+    m_summaryText = summary;
+    m_title->setToolTip(summary);
+    showSummary();
+}
+
+void PaneView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    showSummary();
+}
+
+void PaneView::showSummary() {
+    // Whole, or not at all: half a number says something else.
+    const int needed = m_summary->fontMetrics().horizontalAdvance(m_summaryText) +
+                       m_title->sizeHint().width() + leastSliderWidth + 6 * headingMargin;
+    m_summary->setText(needed <= width() ? m_summaryText : QString());
 }
 
 } // namespace quillorn

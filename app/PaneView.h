@@ -56,7 +56,13 @@ public:
     /// What stands beside the title, for example "3 files, 12 pages".
     void setSummary(const QString& summary);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
+    void showSummary();
+
+    QString m_summaryText;
     QLabel* m_title;
     QLabel* m_summary;
     QSlider* m_slider;

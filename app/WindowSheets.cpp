@@ -38,6 +38,7 @@ public:
         m_path = path;
         setToolTip(path);
         setAccessibleName(QObject::tr("Output folder %1").arg(path));
+        updateGeometry();
         elide();
     }
 
@@ -46,15 +47,22 @@ protected:
         QPushButton::resizeEvent(event);
         elide();
     }
+    [[nodiscard]] QSize sizeHint() const override {
+        return {roundAbout() + fontMetrics().horizontalAdvance(m_path),
+                QPushButton::sizeHint().height()};
+    }
     [[nodiscard]] QSize minimumSizeHint() const override {
         return {iconSize().width() * 6, QPushButton::minimumSizeHint().height()};
     }
 
 private:
+    /// What it needs beside its text.
+    [[nodiscard]] int roundAbout() const {
+        return iconSize().width() * 2 + fontMetrics().averageCharWidth() * 2;
+    }
     void elide() {
-        const int room = width() - iconSize().width() * 2 - fontMetrics().averageCharWidth() * 2;
         setText(fontMetrics()
-                    .elidedText(m_path, Qt::ElideMiddle, room)
+                    .elidedText(m_path, Qt::ElideMiddle, width() - roundAbout())
                     .replace(QLatin1Char('&'), QLatin1String("&&")));
     }
 
@@ -201,6 +209,7 @@ QDialog* WindowSheets::makeSave() {
     folder->setObjectName(QStringLiteral("folder"));
     folder->setIcon(lineIcon("folder"));
     folder->setAutoDefault(false);
+    folder->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     QObject::connect(folder, &QPushButton::clicked, dialog,
                      [this]() { m_commands.chooseFolder(); });
     btnSavePath.setChanged([this, folder, dialog]() {
@@ -269,6 +278,7 @@ QDialog* WindowSheets::makeAbout() {
         layout->addWidget(label, 0, Qt::AlignHCenter);
     }
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close, dialog);
+    buttons->setCenterButtons(true);
     QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
     layout->addSpacing(aboutMargin / 2);
     layout->addWidget(buttons);

@@ -68,7 +68,7 @@ TEST(HandedOverText, ReadsWhatItWrote) {
 }
 
 TEST(HandedOverText, RefusesWhatIsNoMessage) {
-    for (const std::string text :
+    for (const std::string& text :
          {std::string(), std::string("GET / HTTP/1.1\r\n"),
           std::string("quillorn-folivane 1\nrelative\0", 29),
           std::string("quillorn-folivane 1\n/cut off"), std::string("quillorn-folivane 1\n\0", 21)}) {

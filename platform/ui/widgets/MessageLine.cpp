@@ -16,6 +16,7 @@ namespace quillorn {
 namespace {
 
 constexpr qsizetype keptMessages = 500;
+constexpr int labelMargin = 6; // logical pixels, as the headings of the panes
 constexpr QSize listSize(520, 260); // logical pixels
 
 } // namespace
@@ -24,7 +25,7 @@ MessageLine::MessageLine(QWidget* parent)
     : QWidget(parent), m_label(new QLabel(this)), m_button(new QToolButton(this)) {
     setObjectName(QStringLiteral("messageLine"));
     auto* const layout = new QHBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(labelMargin, 0, 0, 0);
     layout->addWidget(m_label, 1);
     layout->addWidget(m_button);
     m_label->setTextFormat(Qt::PlainText);

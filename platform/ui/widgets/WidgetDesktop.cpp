@@ -4,6 +4,7 @@
 #include "platform/ui/widgets/WidgetText.h"
 
 #include <QDesktopServices>
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
@@ -118,9 +119,7 @@ void WidgetFilePanels::beginSheet(const OpenPanel& panel, OpenPanelEnded didEnd)
         dialog->setNameFilter(nameFilter(panel.types));
     }
     const QString folder = pathToQString(panel.folder);
-    if (QFileInfo(folder).isDir()) {
-        dialog->setDirectory(folder);
-    }
+    dialog->setDirectory(QFileInfo(folder).isDir() ? folder : QDir::homePath());
     QObject::connect(dialog, &QDialog::finished, dialog,
                      [dialog, didEnd = std::move(didEnd)](int code) {
                          OpenPanelChoice choice;

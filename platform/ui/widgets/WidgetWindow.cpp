@@ -100,9 +100,12 @@ void WidgetWindow::setToolbar(const Toolbar& toolbar, ToolbarDelegate& delegate)
                 tool->setIconSize(bar->iconSize());
                 tool->setAutoRaise(true);
             }
+            const bool isEnabled = widget->isEnabled();
             QAction* const action = bar->addWidget(widget);
             action->setText(toQString(item->paletteLabel));
             action->setVisible(true);
+            action->setEnabled(isEnabled); // it enables what it takes in
+            widget->setEnabled(isEnabled);
             widget->show();
         }
     }

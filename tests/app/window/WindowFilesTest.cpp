@@ -28,7 +28,7 @@ protected:
             auto* const name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
             ASSERT_NE(name, nullptr);
             name->setText(names.join(QLatin1Char(' ')));
-            static_cast<QFileDialog&>(dialog).accept();
+            dialog.accept();
         });
     }
 };

@@ -3,7 +3,6 @@
 #include "platform/pdf/PDFSource.h"
 
 #include <QApplication>
-#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
@@ -81,7 +80,7 @@ TEST_F(WindowSavingTest, TheFolderIsChosenInTheSheet) {
     whenShown("openPanel", [chosen](QDialog& dialog) {
         auto* const name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
         name->setText(QString::fromStdString(chosen.string()));
-        static_cast<QFileDialog&>(dialog).accept();
+        dialog.accept();
     });
     whenShown("saveToPDFWindow", [](QDialog& dialog) { click(dialog, "confirm"); });
     menus().save.action.trigger();
