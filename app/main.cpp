@@ -3,6 +3,7 @@
 #include "app/Interrupts.h"
 #include "app/MemoryLimit.h"
 #include "app/StoredPreferences.h"
+#include "app/WindowStart.h"
 #include "composer/OutputFolder.h"
 #include "platform/files/BesideProgram.h"
 #include "platform/files/FileDescriptor.h"
@@ -78,7 +79,11 @@ int main(int argc, char** argv) {
     quillorn::raiseOpenFileLimit();
     quillorn::ignoreSignalsOfWriting();
     quillorn::throwWhenMemoryRunsOut();
+    const std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
     try {
+        if (const auto files = quillorn::filesForWindow(words, quillorn::hasDisplay())) {
+            return quillorn::runWindow(argc, argv, *files);
+        }
         quillorn::CommandLineProgram program({{std::cout, std::cerr, terminalWidth()},
                                               defaultOutputFolder,
                                               quillorn::Interrupts::watch,
@@ -87,8 +92,7 @@ int main(int argc, char** argv) {
                                               endsAfterwards,
                                               quillorn::besideProgram(""),
                                               prefersPageSetup});
-        const int status =
-            runProgram(program, std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
+        const int status = runProgram(program, words);
         if (endsAfterwards) {
             // Everything is written and flushed; giving back a large document piece by piece
             // would only keep the user waiting.

@@ -118,6 +118,9 @@ public:
     std::size_t imageBrowserWriteItemsAtIndexes(ImageBrowser& browser, const IndexSet& indexes,
                                                 Pasteboard& pasteboard) override;
     void deletePdfPages();
+    /// Moves the selected pages, all of one group, one place towards its front (negative) or end,
+    /// and keeps them selected. Nothing at the front or end. For keys; a drag moves anywhere.
+    void movePages(int direction);
     void rotateClockwise();
     void rotateCounterclockwise();
 

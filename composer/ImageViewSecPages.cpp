@@ -211,6 +211,43 @@ std::size_t ImageViewSec::imageBrowserWriteItemsAtIndexes(ImageBrowser& /*browse
     return writePageDrag(images(), indexes, pasteboard);
 }
 
+void ImageViewSec::movePages(int direction) {
+    const IndexSet selection = browser().selectionIndexes();
+    const auto group = groupOfSelection(selection);
+    if (!group || direction == 0) {
+        return;
+    }
+    m_expandPDF = m_PDFArray[*group];
+    PDFDocument& document = *m_expandPDF;
+    const std::size_t begin = groupArray()[*group].range.first;
+    const std::size_t first = selection.front() - begin;
+    const std::size_t last = selection.back() - begin;
+    if (direction < 0 ? first == 0 : last + 1 >= document.pageCount()) {
+        return;
+    }
+    IndexSet places; // in the document, in the order in which pages can be moved past the next one
+    for (const std::size_t index : selection) {
+        places.push_back(index - begin);
+    }
+    if (direction > 0) {
+        std::ranges::reverse(places);
+    }
+    clearAllData();
+    for (std::size_t& place : places) {
+        const std::shared_ptr<PDFPage> page = document.removePageAtIndex(place);
+        place = direction < 0 ? place - 1 : place + 1;
+        document.insertPageAtIndex(page, place);
+    }
+    loadData();
+    browser().expandGroupAtIndex(*group);
+    std::ranges::sort(places);
+    for (std::size_t& place : places) {
+        place += groupArray()[*group].range.first;
+    }
+    browser().setSelectionIndexes(places, false);
+    browser().scrollIndexToVisible(direction < 0 ? places.front() : places.back());
+}
+
 void ImageViewSec::rotateClockwise() {
     rotate(90);
 }

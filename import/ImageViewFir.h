@@ -124,6 +124,9 @@ public:
     void openFilesLoad(const std::vector<std::string>& paths);
     /// Asks for files of every kind that can be dropped, and takes them the way of a drop.
     void importDocumentsClicked();
+    /// Takes files in the way of a drop, but on a thread of their own: files named when the program
+    /// is started.
+    void importFiles(const std::vector<std::string>& paths);
     /// The route of the open panel, on a thread of its own.
     void addImagesWithPaths(const std::vector<std::string>& paths, const std::stop_token& stop);
     DragOperation draggingEntered(const DraggingInfo& info) override;

@@ -76,6 +76,10 @@ void ImageViewFir::openFilesLoad(const std::vector<std::string>& paths) {
         [this, paths](const std::stop_token& stop) { addImagesWithPaths(paths, stop); });
 }
 
+void ImageViewFir::importFiles(const std::vector<std::string>& paths) {
+    loadFiles(paths, dropRoute);
+}
+
 void ImageViewFir::loadFiles(const std::vector<std::string>& paths, Route route) {
     m_services.workerThreads.detachNewThread(
         [this, paths, route](const std::stop_token& stop) { addByRoutes(paths, route, stop); });

@@ -2,6 +2,7 @@
 
 #include "tests/fakes/TestPDF.h"
 
+#include <optional>
 #include <utility>
 
 namespace quillorn::tests {
@@ -17,7 +18,11 @@ Program ProgramFixture::program(std::vector<std::string> words) const {
         .inFolder(work)
         .with("HOME", home.string())
         .with("XDG_CONFIG_HOME", (home / ".config").string())
-        .with("TMPDIR", temporary.string());
+        .with("TMPDIR", temporary.string())
+        // A display would bring up the window where no command is given.
+        .with("DISPLAY", std::nullopt)
+        .with("WAYLAND_DISPLAY", std::nullopt)
+        .with("QT_QPA_PLATFORM", std::nullopt);
 }
 
 std::string ProgramFixture::pdf(const std::string& name, std::size_t pages) const {

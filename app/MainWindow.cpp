@@ -1,0 +1,109 @@
+#include "app/MainWindow.h"
+
+#include "app/Icons.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QEvent>
+#include <QStatusBar>
+
+namespace quillorn {
+
+namespace {
+
+QToolButton& hiddenButton(QWidget& window, const char* name, std::string_view icon) {
+    auto* const button = new QToolButton(&window); // the window's, or its toolbar's later
+    button->setObjectName(QLatin1String(name));
+    button->setIcon(lineIcon(icon));
+    button->setFocusPolicy(Qt::TabFocus);
+    button->hide();
+    return *button;
+}
+
+} // namespace
+
+MainWindow::MainWindow(PagePictures& pictures)
+    : m_menus(*this),
+      m_sheets(*this),
+      m_splitter(new QSplitter(Qt::Horizontal, this)),
+      m_sourcePane(new PaneView(tr("Source"), pictures, m_splitter)),
+      m_outputPane(new PaneView(tr("Output"), pictures, m_splitter)),
+      m_messageLine(new MessageLine(this)),
+      m_activities(new ActivityPanel(this)),
+      m_btnOpenPDFFiles(hiddenButton(*this, "btnOpenPDFFiles", "add")),
+      m_btnAddNewGroup(hiddenButton(*this, "btnAddNewGroup", "newGroup")),
+      m_btnSave(hiddenButton(*this, "btnSave", "save")),
+      m_window(*this, [this]() { m_menus.fullScreen.setEnabled(true); }),
+      m_splitView(*m_splitter),
+      m_screen(*this) {
+    setObjectName(QStringLiteral("mainWindow"));
+    buildPanes();
+    buildStatusBar();
+    connectView();
+}
+
+void MainWindow::buildPanes() {
+    m_sourcePane->setObjectName(QStringLiteral("sourcePane"));
+    m_outputPane->setObjectName(QStringLiteral("outputPane"));
+    m_splitter->setStretchFactor(0, 1);
+    m_splitter->setStretchFactor(1, 1);
+    setCentralWidget(m_splitter);
+    // The key means the pages of the output pane only when that pane has the keys.
+    m_menus.deletePdfPage.action.setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    m_outputPane->addAction(&m_menus.deletePdfPage.action);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+        const bool output = now != nullptr && m_outputPane->isAncestorOf(now);
+        const bool source = now != nullptr && m_sourcePane->isAncestorOf(now);
+        if ((output || source) && m_isOutputFocused != output) {
+            m_isOutputFocused = output;
+            emit focusedPaneChanged();
+        }
+    });
+}
+
+void MainWindow::buildStatusBar() {
+    statusBar()->addWidget(m_messageLine, 1);
+    statusBar()->addPermanentWidget(m_activities);
+    statusBar()->setSizeGripEnabled(false);
+}
+
+void MainWindow::connectView() {
+    connect(&m_menus.fullScreen, &QAction::triggered, this, [this](bool fills) {
+        setWindowState(windowState().setFlag(Qt::WindowFullScreen, fills));
+    });
+    connect(&m_menus.otherPane, &QAction::triggered, this, [this]() {
+        PaneView& other = m_isOutputFocused ? *m_sourcePane : *m_outputPane;
+        if (other.width() == 0) { // before the first file, the output pane is folded away
+            m_splitter->setSizes({1, 1});
+        }
+        other.browser().setFocus(Qt::ShortcutFocusReason);
+    });
+    connect(&m_menus.messages, &QAction::triggered, this,
+            [this]() { m_messageLine->showMessages(); });
+    connect(&m_menus.hide.action, &QAction::triggered, this, &QWidget::showMinimized);
+    connect(&m_menus.quit.action, &QAction::triggered, this, &QWidget::close);
+    const auto popUp = [](PaneView& pane, QMenu& menu) {
+        connect(&pane.browser(), &ImageBrowserView::contextMenuRequested, &menu,
+                [&menu](QPoint place) { menu.popup(place); });
+    };
+    popUp(*m_sourcePane, m_menus.sourceContext);
+    popUp(*m_outputPane, m_menus.outputContext);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (!m_shouldClose || m_shouldClose()) {
+        event->accept();
+    } else {
+        event->ignore();
+    }
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::WindowStateChange) {
+        m_menus.fullScreen.setChecked(windowState().testFlag(Qt::WindowFullScreen));
+    }
+}
+
+} // namespace quillorn

@@ -1,0 +1,102 @@
+#include "app/PaneView.h"
+
+#include <QFont>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QResizeEvent>
+#include <QVBoxLayout>
+
+namespace quillorn {
+
+namespace {
+
+constexpr int sliderWidth = 110;     // logical pixels, where there is room
+constexpr int leastSliderWidth = 40; // logical pixels
+constexpr int headingMargin = 6;     // logical pixels
+
+} // namespace
+
+void PaneBrowser::reloadData() {
+    ImageBrowserView::reloadData();
+    // With contents its place is kept, so that cells stay where they are; without, it is noise.
+    setVerticalScrollBarPolicy(layoutOfItems().groupCount() > 0 ? Qt::ScrollBarAlwaysOn
+                                                                : Qt::ScrollBarAsNeeded);
+    if (m_reloaded) {
+        m_reloaded();
+    }
+}
+
+std::size_t PaneBrowser::indexAtLocationOfDroppedItem() const {
+    return m_dropIndex ? m_dropIndex() : ImageBrowserView::indexAtLocationOfDroppedItem();
+}
+
+void PaneBrowser::keyPressEvent(QKeyEvent* event) {
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn && m_returnPressed && !focusedHeader() && !selection().isEmpty()) {
+        m_returnPressed();
+        return;
+    }
+    ImageBrowserView::keyPressEvent(event);
+}
+
+void PaneBrowser::runDrag(QDrag& drag) {
+    if (m_dragRunner) {
+        m_dragRunner(drag);
+    } else {
+        ImageBrowserView::runDrag(drag);
+    }
+}
+
+PaneView::PaneView(const QString& title, PagePictures& pictures, QWidget* parent)
+    : QWidget(parent),
+      m_title(new QLabel(title, this)),
+      m_summary(new QLabel(this)),
+      m_slider(new QSlider(Qt::Horizontal, this)),
+      m_browser(new PaneBrowser(pictures, this)) {
+    QFont bold = m_title->font();
+    bold.setBold(true);
+    m_title->setFont(bold);
+    m_summary->setForegroundRole(QPalette::PlaceholderText);
+    m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    m_slider->setMinimumWidth(leastSliderWidth);
+    m_slider->setMaximumWidth(sliderWidth);
+    m_slider->setToolTip(tr("Size of the pages"));
+    m_slider->setAccessibleName(tr("Zoom of the pane %1").arg(title));
+
+    auto* const heading = new QHBoxLayout;
+    heading->setContentsMargins(headingMargin + 2, headingMargin, headingMargin, headingMargin);
+    heading->setSpacing(2 * headingMargin);
+    heading->addWidget(m_title);
+    heading->addWidget(m_summary, 1);
+    heading->addWidget(m_slider, 1);
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addLayout(heading);
+    layout->addWidget(m_browser, 1);
+    m_browser->setAccessibleName(title);
+    m_browser->setMinimumSize(1, 1);
+    m_browser->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    m_browser->setFrameShape(QFrame::NoFrame);
+    setFocusProxy(m_browser);
+}
+
+void PaneView::setSummary(const QString& summary) {
+    m_summaryText = summary;
+    m_title->setToolTip(summary);
+    showSummary();
+}
+
+void PaneView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    showSummary();
+}
+
+void PaneView::showSummary() {
+    // Whole, or not at all: half a number says something else.
+    const int needed = m_summary->fontMetrics().horizontalAdvance(m_summaryText) +
+                       m_title->sizeHint().width() + leastSliderWidth + 6 * headingMargin;
+    m_summary->setText(needed <= width() ? m_summaryText : QString());
+}
+
+} // namespace quillorn

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "import/DocumentConversions.h"
+#include "import/HTMLConverter.h"
+#include "import/RtfToPDF.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <stop_token>
+#include <string>
+
+namespace quillorn {
+
+/// The conversions of the window. Their engines are started by the first file that needs one and
+/// kept until this object ends; files for one engine take turns.
+class ProgramConversions final : public DocumentConversions {
+public:
+    struct Options {
+        std::filesystem::path workerFolder; ///< holds the programs that decode images
+        std::filesystem::path cacheFolder;  ///< takes the PDFs
+        bool keepsPageSetup = false;        ///< whether text documents keep their own pages
+        /// Told what people should know about a file that was converted. Any thread.
+        std::function<void(const std::string& notice)> tell;
+    };
+
+    explicit ProgramConversions(Options options);
+
+    [[nodiscard]] ImportResult<std::string> image2PDF(const std::string& path,
+                                                      const std::stop_token& stop) override;
+    [[nodiscard]] ImportResult<std::string> html2PDF(const std::string& path,
+                                                     const std::stop_token& stop) override;
+    [[nodiscard]] ImportResult<std::string> rtf2PDF(const std::string& path,
+                                                    const std::stop_token& stop) override;
+    [[nodiscard]] ImportResult<std::string> doc2PDF(const std::string& path,
+                                                    const std::stop_token& stop) override;
+
+private:
+    /// The converter of web pages, opened now if need be; with m_htmlMutex held.
+    [[nodiscard]] ImportResult<HTMLConverter*> htmlConverter(const std::string& path);
+
+    Options m_options;
+    std::mutex m_htmlMutex; ///< guards m_html and its engine
+    std::unique_ptr<HTMLConverter> m_html;
+    std::mutex m_textsMutex; ///< guards m_texts and its engines
+    TextDocumentConverter m_texts;
+};
+
+} // namespace quillorn

@@ -1,0 +1,104 @@
+#include "app/WindowStart.h"
+
+#include "app/ExitStatus.h"
+#include "app/RunningInstance.h"
+#include "platform/files/BesideProgram.h"
+#include "platform/ui/HomeFolder.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <filesystem>
+#include <iostream>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace quillorn {
+
+namespace {
+
+using RunWindow = int (*)(int, char**, const std::vector<std::string>&, RunningInstance&);
+
+bool isSet(const char* name) {
+    const char* const value = std::getenv(name);
+    return value != nullptr && *value != '\0';
+}
+
+/// Whether a word stands for a file rather than for a command: it is there, or written like one.
+bool isFile(const std::string& word) {
+    constexpr std::array<std::string_view, 3> commands = {"compose", "convert", "info"};
+    if (word.empty() || word.front() == '-' ||
+        std::ranges::find(commands, word) != commands.end()) {
+        return false;
+    }
+    std::error_code error;
+    return word.find('/') != std::string::npos || std::filesystem::exists(word, error) ||
+           std::filesystem::path(word).has_extension();
+}
+
+int fail(const std::string& what) {
+    std::cerr << what << '\n';
+    return exit_status::notWritten;
+}
+
+int runModule(int argc, char** argv, const std::vector<std::string>& files,
+              RunningInstance& instance) {
+    const std::filesystem::path module = besideProgram("quillorn-window.so");
+    void* const handle = ::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* const symbol = handle != nullptr ? ::dlsym(handle, "quillornRunWindow") : nullptr;
+    if (symbol == nullptr) {
+        const char* const reason = ::dlerror();
+        return fail("The window cannot be shown: " +
+                    std::string(reason != nullptr ? reason : "no such module"));
+    }
+    return reinterpret_cast<RunWindow>(symbol)(argc, argv, files, instance);
+}
+
+} // namespace
+
+bool hasDisplay() {
+    return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM");
+}
+
+std::optional<std::vector<std::string>> filesForWindow(const std::vector<std::string>& words,
+                                                       bool hasDisplay) {
+    if (!hasDisplay || (!words.empty() && !isFile(words.front()))) {
+        return std::nullopt;
+    }
+    std::vector<std::string> files;
+    for (const std::string& word : words) {
+        std::error_code error;
+        const std::filesystem::path path = std::filesystem::absolute(word, error);
+        files.push_back(error ? word : path.lexically_normal().string());
+    }
+    return files;
+}
+
+int runWindow(int argc, char** argv, const std::vector<std::string>& files) {
+    const auto folder = RunningInstance::defaultFolder();
+    if (!folder) {
+        return fail(folder.error().file.string() + ": " + folder.error().reason);
+    }
+    const std::string home = homeFolder();
+    // Twice: the one that ran may end while it is talked to.
+    for (int attempt = 0;; ++attempt) {
+        auto claimed = RunningInstance::claim(*folder, home);
+        if (!claimed) {
+            return fail(claimed.error().file.string() + ": " + claimed.error().reason);
+        }
+        if (*claimed) {
+            return runModule(argc, argv, files, **claimed);
+        }
+        const auto done = RunningInstance::handOver(*folder, home, {files});
+        if (done) {
+            return exit_status::done;
+        }
+        if (attempt > 0) {
+            return fail("Quillorn Folivane runs already, but " + done.error().reason + ".");
+        }
+    }
+}
+
+} // namespace quillorn

@@ -1,0 +1,128 @@
+#include "platform/ui/widgets/WidgetSheets.h"
+
+#include "platform/ui/widgets/InputGuard.h"
+
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QEventLoop>
+#include <QLabel>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <limits>
+
+namespace quillorn {
+
+namespace {
+
+constexpr int progressWidth = 320; // logical pixels
+
+int asInt(std::size_t value) {
+    constexpr auto largest = static_cast<std::size_t>(std::numeric_limits<int>::max());
+    return static_cast<int>(std::min(value, largest));
+}
+
+} // namespace
+
+QWidget& sheetParent(QWidget& mainWindow) {
+    QWidget* const modal = QApplication::activeModalWidget();
+    return modal != nullptr ? *modal : mainWindow;
+}
+
+void WidgetSheet::runModal() {
+    QDialog* dialog = m_dialog.data();
+    if (dialog == nullptr) {
+        dialog = m_parts.make();
+        m_dialog = dialog;
+        QObject::connect(dialog, &QDialog::rejected, dialog, [this]() {
+            if (m_parts.cancelled) {
+                m_parts.cancelled();
+            } else {
+                stopModal();
+            }
+        });
+    }
+    if (m_parts.willRun) {
+        m_parts.willRun(*dialog);
+    }
+    dialog->show();
+    dialog->raise();
+    dialog->activateWindow();
+    QEventLoop loop;
+    m_runs.push_back(&loop);
+    loop.exec();
+    m_runs.pop_back();
+}
+
+void WidgetSheet::stopModal() {
+    if (!m_runs.empty()) {
+        m_runs.back()->quit();
+    }
+}
+
+void WidgetSheet::orderOut() {
+    if (QDialog* const dialog = m_dialog.data()) {
+        dialog->hide();
+    }
+}
+
+void WidgetProgressSheet::make() {
+    auto* const dialog = new QDialog(&sheetParent(m_mainWindow)); // owned by its parent
+    dialog->setWindowModality(Qt::WindowModal);
+    dialog->setWindowTitle(QObject::tr("Saving"));
+    dialog->setObjectName(QStringLiteral("saveWindow"));
+    InputGuard::letThrough(*dialog);
+    auto* const layout = new QVBoxLayout(dialog);
+    auto* const label = new QLabel(QObject::tr("Writing the PDF files…"), dialog);
+    auto* const bar = new QProgressBar(dialog);
+    bar->setMinimumWidth(progressWidth);
+    bar->setAccessibleName(QObject::tr("Progress of the file being written"));
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, dialog);
+    layout->addWidget(label);
+    layout->addWidget(bar);
+    layout->addWidget(buttons);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+    QObject::connect(dialog, &QDialog::rejected, dialog, [this]() {
+        if (m_isWriting) {
+            m_cancelled();
+        }
+    });
+    m_dialog = dialog;
+    m_bar = bar;
+}
+
+void WidgetProgressSheet::begin(std::size_t maximum) {
+    m_isWriting = true;
+    QDialog* const earlier = m_dialog.data();
+    if (earlier == nullptr || !earlier->isVisible()) {
+        delete earlier; // its place is on whatever asks now
+        make();
+    }
+    if (QProgressBar* const bar = m_bar.data()) {
+        bar->setRange(0, asInt(maximum));
+        bar->setValue(0);
+    }
+    if (QDialog* const dialog = m_dialog.data()) {
+        dialog->show();
+    }
+}
+
+void WidgetProgressSheet::setValue(std::size_t value) {
+    if (QProgressBar* const bar = m_bar.data()) {
+        bar->setValue(asInt(value));
+    }
+}
+
+void WidgetProgressSheet::end() {
+    m_isWriting = false;
+    if (QDialog* const dialog = m_dialog.data()) {
+        // Not at once: the next file may begin right behind this one.
+        QTimer::singleShot(0, dialog, [this, dialog]() {
+            if (!m_isWriting) {
+                dialog->hide();
+            }
+        });
+    }
+}
+
+} // namespace quillorn

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/ui/Sheet.h"
+
+#include <QDialog>
+#include <QPointer>
+#include <QProgressBar>
+#include <cstddef>
+#include <functional>
+#include <vector>
+
+class QEventLoop;
+
+namespace quillorn {
+
+/// Where a new sheet goes: on the sheet that is open, or else on the main window.
+[[nodiscard]] QWidget& sheetParent(QWidget& mainWindow);
+
+/// A dialog as a sheet. The dialog is made when it is run for the first time, since most runs of
+/// the program need none.
+class WidgetSheet final : public Sheet {
+public:
+    struct Parts {
+        /// Makes the dialog, with its modality and parent set; the parent owns it.
+        std::function<QDialog*()> make;
+        std::function<void(QDialog&)> willRun = {}; ///< before it is shown, each time
+        /// The close box or Escape, after the dialog has gone. Without it the modal run ends.
+        std::function<void()> cancelled = {};
+    };
+
+    explicit WidgetSheet(Parts parts) : m_parts(std::move(parts)) {}
+    WidgetSheet(const WidgetSheet&) = delete;
+    WidgetSheet& operator=(const WidgetSheet&) = delete;
+
+    void runModal() override;
+    void stopModal() override;
+    void orderOut() override;
+
+private:
+    Parts m_parts;
+    QPointer<QDialog> m_dialog;
+    std::vector<QEventLoop*> m_runs; ///< innermost last; each lives as long as its `runModal`
+};
+
+/// A bar that fills, with a button to cancel. The windows of files that are written one after the
+/// other are one window, so that nothing flickers.
+class WidgetProgressSheet final : public ProgressSheet {
+public:
+    /// `cancelled` is called by the cancel button, Escape and the close box.
+    WidgetProgressSheet(QWidget& mainWindow, std::function<void()> cancelled)
+        : m_mainWindow(mainWindow), m_cancelled(std::move(cancelled)) {}
+
+    void begin(std::size_t maximum) override;
+    void setValue(std::size_t value) override;
+    void end() override;
+
+private:
+    void make();
+
+    QWidget& m_mainWindow;
+    std::function<void()> m_cancelled;
+    QPointer<QDialog> m_dialog;
+    QPointer<QProgressBar> m_bar;
+    bool m_isWriting = false;
+};
+
+} // namespace quillorn

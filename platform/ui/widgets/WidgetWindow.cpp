@@ -1,0 +1,135 @@
+#include "platform/ui/widgets/WidgetWindow.h"
+
+#include "platform/ui/widgets/WidgetControls.h"
+#include "platform/ui/widgets/WidgetText.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QRect>
+#include <QScreen>
+#include <QStyle>
+#include <QToolButton>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace quillorn {
+
+namespace {
+
+constexpr int thinHandle = 1;  // logical pixels
+constexpr int spaceWidth = 12; // logical pixels
+
+QRect toRect(const WindowFrame& frame) {
+    const auto whole = [](double value) { return static_cast<int>(std::lround(value)); };
+    return {whole(frame.x), whole(frame.y), whole(frame.width), whole(frame.height)};
+}
+
+QWidget* spacer(QToolBar& bar, QSizePolicy::Policy policy) {
+    auto* const space = new QWidget(&bar);
+    space->setSizePolicy(policy, QSizePolicy::Preferred);
+    if (policy == QSizePolicy::Fixed) {
+        space->setFixedWidth(spaceWidth);
+    }
+    return space;
+}
+
+} // namespace
+
+WindowFrame WidgetWindow::frame() const {
+    const QRect rect = m_window.geometry();
+    return {static_cast<double>(rect.x()), static_cast<double>(rect.y()),
+            static_cast<double>(rect.width()), static_cast<double>(rect.height())};
+}
+
+void WidgetWindow::setFrame(const WindowFrame& frame, bool /*animate*/) {
+    if (m_window.windowState().testAnyFlags(Qt::WindowFullScreen | Qt::WindowMaximized)) {
+        return;
+    }
+    const QScreen* const screen = m_window.screen();
+    const QRect room = screen->availableGeometry();
+    // Its decoration needs room as well; before it is shown, that of a title bar is guessed.
+    const QMargins decoration =
+        m_window.isVisible() && m_window.frameGeometry() != m_window.geometry()
+            ? QMargins(m_window.geometry().left() - m_window.frameGeometry().left(),
+                       m_window.geometry().top() - m_window.frameGeometry().top(),
+                       m_window.frameGeometry().right() - m_window.geometry().right(),
+                       m_window.frameGeometry().bottom() - m_window.geometry().bottom())
+            : QMargins();
+    const QRect inside = room.marginsRemoved(decoration);
+    QRect rect = toRect(frame);
+    rect.setSize(rect.size().boundedTo(inside.size()));
+    rect.moveLeft(std::clamp(rect.left(), inside.left(), inside.right() + 1 - rect.width()));
+    rect.moveTop(std::clamp(rect.top(), inside.top(), inside.bottom() + 1 - rect.height()));
+    m_window.setGeometry(rect);
+}
+
+void WidgetWindow::setMinSize(const WindowSize& size) {
+    m_window.setMinimumSize(toRect({0, 0, size.width, size.height}).size());
+}
+
+void WidgetWindow::setToolbar(const Toolbar& toolbar, ToolbarDelegate& delegate) {
+    if (m_toolbar) {
+        delete m_toolbar;
+    }
+    QToolBar* const bar = m_window.addToolBar(QObject::tr("Toolbar"));
+    m_toolbar = bar;
+    bar->setObjectName(toQString(toolbar.identifier));
+    bar->setMovable(toolbar.allowsUserCustomization);
+    bar->setFloatable(false);
+    bar->setAllowedAreas(Qt::TopToolBarArea | Qt::BottomToolBarArea);
+    bar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    for (const std::string& identifier : delegate.toolbarDefaultItemIdentifiers()) {
+        if (identifier == toolbar_identifier::separator) {
+            bar->addSeparator();
+        } else if (identifier == toolbar_identifier::flexibleSpace) {
+            bar->addWidget(spacer(*bar, QSizePolicy::Expanding));
+        } else if (identifier == toolbar_identifier::space) {
+            bar->addWidget(spacer(*bar, QSizePolicy::Fixed));
+        } else if (const auto item = delegate.toolbarItemForItemIdentifier(identifier)) {
+            auto* const button = dynamic_cast<WidgetButton*>(item->view);
+            if (button == nullptr || button->widget() == nullptr) {
+                continue;
+            }
+            QAbstractButton* const widget = button->widget();
+            widget->setText(toQStringWithoutMnemonic(item->label));
+            widget->setToolTip(toQString(item->toolTip));
+            widget->setAccessibleName(toQString(item->label));
+            if (auto* const tool = qobject_cast<QToolButton*>(widget)) {
+                tool->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+                tool->setIconSize(bar->iconSize());
+                tool->setAutoRaise(true);
+            }
+            const bool isEnabled = widget->isEnabled();
+            QAction* const action = bar->addWidget(widget);
+            action->setText(toQString(item->paletteLabel));
+            action->setVisible(true);
+            action->setEnabled(isEnabled); // it enables what it takes in
+            widget->setEnabled(isEnabled);
+            widget->show();
+        }
+    }
+}
+
+void WidgetSplitView::setPositionOfDivider(double position, std::size_t /*divider*/) {
+    const int width = std::max(m_splitter.width() - m_splitter.handleWidth(), 1);
+    const int left = static_cast<int>(std::clamp(position, 0.0, static_cast<double>(width)));
+    // A pane without width is collapsed; it comes back by its handle.
+    m_splitter.setSizes({left, width - left});
+}
+
+void WidgetSplitView::setDividerStyle(DividerStyle style) {
+    m_splitter.setHandleWidth(style == DividerStyle::thin
+                                  ? thinHandle
+                                  : m_splitter.style()->pixelMetric(QStyle::PM_SplitterWidth));
+}
+
+void WidgetSplitView::setFrame(const WindowFrame& /*frame*/) {}
+
+WindowFrame WidgetScreen::frame() const {
+    const QRect rect = m_window.screen()->geometry();
+    return {static_cast<double>(rect.x()), static_cast<double>(rect.y()),
+            static_cast<double>(rect.width()), static_cast<double>(rect.height())};
+}
+
+} // namespace quillorn

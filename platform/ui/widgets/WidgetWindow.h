@@ -1,0 +1,58 @@
+#pragma once
+
+#include "platform/ui/Window.h"
+
+#include <QMainWindow>
+#include <QPointer>
+#include <QSplitter>
+#include <QToolBar>
+#include <functional>
+
+namespace quillorn {
+
+/// A main window as its controllers see it.
+class WidgetWindow final : public Window {
+public:
+    /// `fullScreenAllowed` is called when the window may fill the screen.
+    WidgetWindow(QMainWindow& window, std::function<void()> fullScreenAllowed)
+        : m_window(window), m_fullScreenAllowed(std::move(fullScreenAllowed)) {}
+
+    [[nodiscard]] WindowFrame frame() const override;
+    /// Without animation, and no larger than the screen has room for. A window that fills the
+    /// screen stays so.
+    void setFrame(const WindowFrame& frame, bool animate) override;
+    void setMinSize(const WindowSize& size) override;
+    void allowFullScreen() override { m_fullScreenAllowed(); }
+    void setToolbar(const Toolbar& toolbar, ToolbarDelegate& delegate) override;
+    /// Null until there is one.
+    [[nodiscard]] QToolBar* toolbar() const { return m_toolbar; }
+
+private:
+    QMainWindow& m_window;
+    std::function<void()> m_fullScreenAllowed;
+    QPointer<QToolBar> m_toolbar;
+};
+
+/// Two panes with a handle between. Layouts give it its place, so frames are not followed.
+class WidgetSplitView final : public SplitView {
+public:
+    explicit WidgetSplitView(QSplitter& splitter) : m_splitter(splitter) {}
+    void setPositionOfDivider(double position, std::size_t divider) override;
+    void setDividerStyle(DividerStyle style) override;
+    void setFrame(const WindowFrame& frame) override;
+
+private:
+    QSplitter& m_splitter;
+};
+
+/// The screen that a window is on; the first one before it is shown.
+class WidgetScreen final : public Screen {
+public:
+    explicit WidgetScreen(QWidget& window) : m_window(window) {}
+    [[nodiscard]] WindowFrame frame() const override;
+
+private:
+    QWidget& m_window;
+};
+
+} // namespace quillorn
