@@ -7,8 +7,11 @@
 #include <QPainterPath>
 #include <QPixmapCache>
 #include <QPolygonF>
+#include <QRegion>
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <vector>
 
 namespace quillorn {
 
@@ -21,8 +24,8 @@ constexpr int cellPadding = 8;           // around the frame
 constexpr int labelGap = 5;
 constexpr int labelPadding = 2;
 constexpr int shadowReach = 7;
-constexpr int shadowDrop = 2; // how far it falls below the page
-constexpr double corner = 5;
+constexpr int shadowDrop = 2;   // how far it falls below the page
+constexpr double roundness = 5; // of corners
 
 QColor colorOf(const BrowserColor& color) {
     const auto clamped = [](float level) { return std::clamp(level, 0.0F, 1.0F); };
@@ -129,7 +132,7 @@ void BrowserLook::drawHeader(QPainter& painter, const QRect& rect, const HeaderL
     if (look.isFocused) {
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(m_palette.color(QPalette::Highlight), 1.5));
-        painter.drawRoundedRect(QRectF(rect).adjusted(2, 2, -2, -3), corner, corner);
+        painter.drawRoundedRect(QRectF(rect).adjusted(2, 2, -2, -3), roundness, roundness);
     }
     painter.restore();
 }
@@ -158,8 +161,13 @@ void BrowserLook::drawCell(QPainter& painter, const QRect& cell, const CellLook&
         painter.setPen(Qt::NoPen);
         painter.setBrush(withAlpha(m_palette.color(QPalette::Highlight), 0.28));
         constexpr int around = cellPadding - 2;
-        painter.drawRoundedRect(shown.adjusted(-around, -around, around, around), corner + 1,
-                                corner + 1);
+        QPainterPath ring; // what the page covers need not be blended
+        ring.addRoundedRect(shown.adjusted(-around, -around, around, around), roundness + 1,
+                            roundness + 1);
+        if (look.hasPage) {
+            ring.addRect(shown.adjusted(1, 1, -1, -1));
+        }
+        painter.drawPath(ring);
         painter.restore();
     }
     if (look.hasPage) {
@@ -191,7 +199,7 @@ void BrowserLook::drawLabel(QPainter& painter, const QRect& cell, const CellLook
         painter.setPen(look.isFocused
                            ? QPen(look.isSelected ? m_text : highlight, look.isSelected ? 1.0 : 1.5)
                            : QPen(Qt::NoPen));
-        painter.drawRoundedRect(QRectF(label).adjusted(0.5, 0.5, -0.5, -0.5), corner, corner);
+        painter.drawRoundedRect(QRectF(label).adjusted(0.5, 0.5, -0.5, -0.5), roundness, roundness);
         painter.restore();
     }
     painter.setPen(look.isSelected ? m_palette.color(QPalette::HighlightedText) : m_text);
@@ -202,10 +210,15 @@ void BrowserLook::drawPage(QPainter& painter, const QRectF& area,
                            const PagePicture& picture) const {
     const QRectF paper = paperIn(area, picture);
     drawShadow(painter, paper);
-    if (picture.thumbnail != nullptr) {
+    if (picture.thumbnail != nullptr && picture.state == PagePicture::State::drawn) {
+        // Pixel by pixel, which is the fast way and the sharp one.
         painter.save();
-        painter.setRenderHint(QPainter::SmoothPixmapTransform,
-                              picture.state != PagePicture::State::drawn || m_ratio != 1);
+        painter.scale(1 / m_ratio, 1 / m_ratio);
+        painter.drawImage((paper.topLeft() * m_ratio).toPoint(), picture.image());
+        painter.restore();
+    } else if (picture.thumbnail != nullptr) {
+        painter.save();
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
         painter.drawImage(paper, picture.image());
         painter.restore();
     } else if (picture.state == PagePicture::State::undrawable) {
@@ -284,7 +297,7 @@ void BrowserLook::drawDropFrame(QPainter& painter, const QRect& area) const {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(withAlpha(m_palette.color(QPalette::Active, QPalette::Highlight), 0.08));
     painter.setPen(QPen(m_palette.color(QPalette::Active, QPalette::Highlight), 3));
-    painter.drawRoundedRect(QRectF(area).adjusted(3, 3, -3, -3), corner, corner);
+    painter.drawRoundedRect(QRectF(area).adjusted(3, 3, -3, -3), roundness, roundness);
     painter.restore();
 }
 
@@ -298,30 +311,36 @@ void BrowserLook::drawRubberBand(QPainter& painter, const QRect& band) const {
     painter.restore();
 }
 
-QPixmap BrowserLook::shadow() const {
-    constexpr int side = 4 * shadowReach + 1;
-    const QString key = QStringLiteral("quillorn-page-shadow-%1").arg(m_ratio);
+/// Of a page of this size in device pixels, with what it throws around it. Most pages of a document
+/// are of one size, so few are kept.
+QPixmap BrowserLook::shadow(QSize paper) const {
+    const int reach = shadowReachInPixels();
+    const QSize size = paper + QSize(2 * reach, 2 * reach);
+    const QString key = QStringLiteral("quillorn-shadow-%1-%2-%3")
+                            .arg(size.width())
+                            .arg(size.height())
+                            .arg(m_ratio);
     QPixmap pixmap;
     if (QPixmapCache::find(key, &pixmap)) {
         return pixmap;
     }
     constexpr double darkest = 0.38;
-    const int pixels = static_cast<int>(std::lround(side * m_ratio));
-    QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    for (int y = 0; y < pixels; ++y) {
-        for (int x = 0; x < pixels; ++x) {
-            // How far the point is from the middle square, whose sides the shadow leaves.
-            const auto beyond = [&](int at) {
-                const double place = (at + 0.5) / m_ratio;
-                return std::max({2.0 * shadowReach - place, place - 2.0 * shadowReach - 1, 0.0}) -
-                       shadowReach * 0.6;
-            };
-            const double dx = std::max(beyond(x), 0.0);
-            const double dy = std::max(beyond(y), 0.0);
-            const double left = 1 - std::hypot(dx, dy) / (shadowReach * 1.4);
-            const double alpha = left > 0 ? darkest * left * left : 0;
-            image.setPixelColor(x, y, QColor::fromRgbF(0, 0, 0, static_cast<float>(alpha)));
+    // How dark it is at a distance from the edge, times that of the other direction.
+    const auto share = [reach](int at, int length) {
+        const double inside = std::min(at, length - 1 - at) + 0.5;
+        const double part = std::min(inside / (1.6 * reach), 1.0);
+        return part * part * (3 - 2 * part);
+    };
+    std::vector<double> columns;
+    for (int x = 0; x < size.width(); ++x) {
+        columns.push_back(share(x, size.width()));
+    }
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    for (int y = 0; y < size.height(); ++y) {
+        const double row = darkest * share(y, size.height());
+        auto* const pixels = reinterpret_cast<QRgb*>(image.scanLine(y));
+        for (std::size_t x = 0; x < columns.size(); ++x) {
+            pixels[x] = qRgba(0, 0, 0, static_cast<int>(255 * row * columns[x]));
         }
     }
     pixmap = QPixmap::fromImage(image);
@@ -329,28 +348,25 @@ QPixmap BrowserLook::shadow() const {
     return pixmap;
 }
 
+int BrowserLook::shadowReachInPixels() const {
+    return static_cast<int>(std::lround(shadowReach * m_ratio));
+}
+
 void BrowserLook::drawShadow(QPainter& painter, const QRectF& paper) const {
-    const QPixmap pixmap = shadow();
-    const QRectF around = paper.adjusted(-shadowReach, -shadowReach, shadowReach, shadowReach)
-                              .translated(0, shadowDrop);
-    constexpr double reach = 2.0 * shadowReach;
-    const std::array<double, 4> xs = {around.left(), around.left() + reach, around.right() - reach,
-                                      around.right()};
-    const std::array<double, 4> ys = {around.top(), around.top() + reach, around.bottom() - reach,
-                                      around.bottom()};
-    const double cut = reach * m_ratio;
-    const std::array<double, 4> cuts = {0, cut, pixmap.width() - cut,
-                                        static_cast<double>(pixmap.width())};
-    for (std::size_t row = 0; row < 3; ++row) {
-        for (std::size_t column = 0; column < 3; ++column) {
-            const QRectF target(QPointF(xs[column], ys[row]), QPointF(xs[column + 1], ys[row + 1]));
-            const QRectF source(QPointF(cuts[column], cuts[row]),
-                                QPointF(cuts[column + 1], cuts[row + 1]));
-            if (!target.isEmpty() && (row != 1 || column != 1)) {
-                painter.drawPixmap(target, pixmap, source);
-            }
-        }
+    const int reach = shadowReachInPixels();
+    const int drop = static_cast<int>(std::lround(shadowDrop * m_ratio));
+    const QPoint place = (paper.topLeft() * m_ratio).toPoint();
+    const QSize size = (paper.size() * m_ratio).toSize();
+    const QRect whole(place + QPoint(-reach, drop - reach), size + QSize(2 * reach, 2 * reach));
+    const QRect covered = QRect(place, size).adjusted(1, 1, -1, -1);
+    const QPixmap pixmap = shadow(size);
+    painter.save();
+    painter.scale(1 / m_ratio, 1 / m_ratio);
+    // Around the page only: what it covers need not be blended.
+    for (const QRect& strip : QRegion(whole).subtracted(covered)) {
+        painter.drawPixmap(strip.topLeft(), pixmap, strip.translated(-whole.topLeft()));
     }
+    painter.restore();
 }
 
 QPixmap BrowserLook::dragPicture(const std::vector<PagePicture>& pages, std::size_t count) const {

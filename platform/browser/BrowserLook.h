@@ -11,6 +11,7 @@
 #include <QRect>
 #include <QString>
 #include <cstddef>
+#include <vector>
 
 class QPainter;
 
@@ -68,7 +69,8 @@ public:
 
 private:
     [[nodiscard]] QRectF paperIn(const QRectF& area, const PagePicture& picture) const;
-    [[nodiscard]] QPixmap shadow() const;
+    [[nodiscard]] QPixmap shadow(QSize paper) const;
+    [[nodiscard]] int shadowReachInPixels() const;
     void drawShadow(QPainter& painter, const QRectF& paper) const;
     static void drawOutline(QPainter& painter, const QRectF& paper);
     void drawUndrawable(QPainter& painter, const QRectF& paper) const;
