@@ -4,7 +4,6 @@
 #include <QFontMetrics>
 #include <QLocale>
 #include <QPainter>
-#include <QPainterPath>
 #include <QPixmapCache>
 #include <QPolygonF>
 #include <QRegion>
@@ -155,29 +154,15 @@ QRectF BrowserLook::paperIn(const QRectF& area, const PagePicture& picture) cons
 void BrowserLook::drawCell(QPainter& painter, const QRect& cell, const CellLook& look) const {
     const QRect area = frame(cell, m_font);
     if (look.isSelected) {
-        const QRectF shown = look.hasPage ? paperIn(area, look.picture) : QRectF(area);
-        painter.save();
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(withAlpha(m_palette.color(QPalette::Highlight), 0.28));
-        constexpr int around = cellPadding - 2;
-        QPainterPath ring; // what the page covers need not be blended
-        ring.addRoundedRect(shown.adjusted(-around, -around, around, around), roundness + 1,
-                            roundness + 1);
-        if (look.hasPage) {
-            ring.addRect(shown.adjusted(1, 1, -1, -1));
-        }
-        painter.drawPath(ring);
-        painter.restore();
+        drawHalo(painter, look.hasPage ? paperIn(area, look.picture) : QRectF(area));
     }
     if (look.hasPage) {
         drawPage(painter, area, look.picture);
         if (look.isSelected) {
-            painter.save();
-            painter.setPen(QPen(m_palette.color(QPalette::Highlight), 2));
-            painter.setBrush(Qt::NoBrush);
-            painter.drawRect(paperIn(area, look.picture).adjusted(-1, -1, 1, 1));
-            painter.restore();
+            constexpr double thickness = 2;
+            drawFrame(painter, paperIn(area, look.picture),
+                      static_cast<int>(std::lround(thickness * m_ratio)),
+                      m_palette.color(QPalette::Highlight));
         }
     }
     drawLabel(painter, cell, look);
@@ -229,10 +214,20 @@ void BrowserLook::drawPage(QPainter& painter, const QRectF& area,
             drawOutline(painter, paper);
         }
     }
+    drawFrame(painter, paper, 1, QColor(205, 207, 210));
+}
+
+/// Along the outer edges of a page, as many device pixels thick. Rectangles, because the painter
+/// takes a long time over lines.
+void BrowserLook::drawFrame(QPainter& painter, const QRectF& paper, int thickness,
+                            const QColor& color) const {
+    const QRect inner((paper.topLeft() * m_ratio).toPoint(), (paper.size() * m_ratio).toSize());
     painter.save();
-    painter.setPen(QPen(QColor(0, 0, 0, 46), 1 / m_ratio));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRect(paper);
+    painter.scale(1 / m_ratio, 1 / m_ratio);
+    const QRect outer = inner.adjusted(-thickness, -thickness, thickness, thickness);
+    for (const QRect& side : QRegion(outer).subtracted(inner)) {
+        painter.fillRect(side, color);
+    }
     painter.restore();
 }
 
@@ -314,7 +309,7 @@ void BrowserLook::drawRubberBand(QPainter& painter, const QRect& band) const {
 /// Of a page of this size in device pixels, with what it throws around it. Most pages of a document
 /// are of one size, so few are kept.
 QPixmap BrowserLook::shadow(QSize paper) const {
-    const int reach = shadowReachInPixels();
+    const int reach = static_cast<int>(std::lround(shadowReach * m_ratio));
     const QSize size = paper + QSize(2 * reach, 2 * reach);
     const QString key = QStringLiteral("quillorn-shadow-%1-%2-%3")
                             .arg(size.width())
@@ -348,23 +343,55 @@ QPixmap BrowserLook::shadow(QSize paper) const {
     return pixmap;
 }
 
-int BrowserLook::shadowReachInPixels() const {
-    return static_cast<int>(std::lround(shadowReach * m_ratio));
+void BrowserLook::drawShadow(QPainter& painter, const QRectF& paper) const {
+    drawAround(painter, paper, shadow((paper.size() * m_ratio).toSize()),
+               static_cast<int>(std::lround(shadowDrop * m_ratio)));
 }
 
-void BrowserLook::drawShadow(QPainter& painter, const QRectF& paper) const {
-    const int reach = shadowReachInPixels();
-    const int drop = static_cast<int>(std::lround(shadowDrop * m_ratio));
+/// What a page of this size lies on when it is selected.
+QPixmap BrowserLook::halo(QSize paper) const {
+    const int reach = static_cast<int>(std::lround((cellPadding - 2) * m_ratio));
+    const QColor color = withAlpha(m_palette.color(QPalette::Highlight), 0.28);
+    const QString key = QStringLiteral("quillorn-halo-%1-%2-%3-%4")
+                            .arg(paper.width())
+                            .arg(paper.height())
+                            .arg(m_ratio)
+                            .arg(color.rgba());
+    QPixmap pixmap;
+    if (QPixmapCache::find(key, &pixmap)) {
+        return pixmap;
+    }
+    pixmap = QPixmap(paper + QSize(2 * reach, 2 * reach));
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    const double rounded = (roundness + 1) * m_ratio;
+    painter.drawRoundedRect(pixmap.rect(), rounded, rounded);
+    painter.end();
+    QPixmapCache::insert(key, pixmap);
+    return pixmap;
+}
+
+void BrowserLook::drawHalo(QPainter& painter, const QRectF& paper) const {
+    drawAround(painter, paper, halo((paper.size() * m_ratio).toSize()), 0);
+}
+
+/// A picture that is larger than a page by as much on every side, around the page only: what it
+/// covers need not be blended. `drop`: device pixels that the picture lies lower.
+void BrowserLook::drawAround(QPainter& painter, const QRectF& paper, const QPixmap& picture,
+                             int drop) const {
     const QPoint place = (paper.topLeft() * m_ratio).toPoint();
     const QSize size = (paper.size() * m_ratio).toSize();
-    const QRect whole(place + QPoint(-reach, drop - reach), size + QSize(2 * reach, 2 * reach));
+    QRect whole(QPoint(0, 0), picture.size());
+    whole.moveTo(place - QPoint((picture.width() - size.width()) / 2,
+                                (picture.height() - size.height()) / 2 - drop));
     const QRect covered = QRect(place, size).adjusted(1, 1, -1, -1);
-    const QPixmap pixmap = shadow(size);
     painter.save();
     painter.scale(1 / m_ratio, 1 / m_ratio);
-    // Around the page only: what it covers need not be blended.
     for (const QRect& strip : QRegion(whole).subtracted(covered)) {
-        painter.drawPixmap(strip.topLeft(), pixmap, strip.translated(-whole.topLeft()));
+        painter.drawPixmap(strip.topLeft(), picture, strip.translated(-whole.topLeft()));
     }
     painter.restore();
 }
