@@ -327,6 +327,7 @@ QPixmap BrowserLook::shadow(QSize paper) const {
         return part * part * (3 - 2 * part);
     };
     std::vector<double> columns;
+    columns.reserve(static_cast<std::size_t>(size.width()));
     for (int x = 0; x < size.width(); ++x) {
         columns.push_back(share(x, size.width()));
     }

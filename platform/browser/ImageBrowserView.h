@@ -63,7 +63,7 @@ public:
     void setBackgroundLayer(std::shared_ptr<BrowserLayer> layer) override;
     void setForegroundLayer(std::shared_ptr<BrowserLayer> layer) override;
     [[nodiscard]] BrowserRect visibleRect() const override;
-    [[nodiscard]] BrowserRect bounds() const override;
+    [[nodiscard]] BrowserRect bounds() const final;
 
     void selectAll();
     void setAllGroupsExpanded(bool isExpanded);

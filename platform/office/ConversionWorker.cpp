@@ -121,7 +121,7 @@ ConversionResult<std::unique_ptr<ConversionWorker::Run>> ConversionWorker::start
     if (!child) {
         return cannot(child.error());
     }
-    return std::unique_ptr<Run>(new Run{std::move(*folder), std::move(*child)});
+    return std::make_unique<Run>(Run{std::move(*folder), std::move(*child)});
 }
 
 ConversionResult<void> ConversionWorker::connect(const std::stop_token& stop) {

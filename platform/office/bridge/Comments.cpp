@@ -18,7 +18,6 @@ namespace quillorn::office {
 namespace css = com::sun::star;
 using conversion::DocumentFormat;
 using css::uno::Reference;
-using css::uno::UNO_QUERY;
 using css::uno::UNO_QUERY_THROW;
 
 bool mayHaveComments(std::string_view document, DocumentFormat format) {

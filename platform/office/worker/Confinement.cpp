@@ -53,7 +53,7 @@ bool allow(const FileDescriptor& rules, const fs::path& path, std::uint64_t acce
 } // namespace
 
 fs::path enterPrivateTemporaryFolder(const fs::path& folder) {
-    const fs::path temporary = "/tmp";
+    fs::path temporary = "/tmp";
     const std::string user = std::to_string(::geteuid());
     const std::string group = std::to_string(::getegid());
     if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) {
