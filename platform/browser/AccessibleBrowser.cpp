@@ -210,10 +210,8 @@ private:
         }
         auto made = std::make_unique<AccessibleChild>(m_view, key);
         const QAccessible::Id id = QAccessible::registerAccessibleInterface(made.get());
-        // Qt owns it now, which the analyzer does not see.
-        static_cast<void>(made.release());
-        m_children.emplace(key, id);
-        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
+        static_cast<void>(made.release()); // Qt owns it now, which the analyzer does not see
+        m_children.emplace(key, id);       // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
         return QAccessible::accessibleInterface(id);
     }
 
