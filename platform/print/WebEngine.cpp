@@ -3,6 +3,7 @@
 #include "platform/print/JSONAccess.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <string_view>
@@ -31,7 +32,7 @@ constexpr const char* disabledFeatures =
     "IsolateOrigins,site-per-process";
 
 std::vector<std::string> argumentsFor(const fs::path& program, const fs::path& profile,
-                                      bool network) {
+                                      bool network, bool ownSandbox) {
     std::vector<std::string> arguments = {
         program.string(), "--headless=new", "--remote-debugging-pipe",
         "--user-data-dir=" + profile.string(), "--no-first-run", "--no-default-browser-check",
@@ -47,6 +48,9 @@ std::vector<std::string> argumentsFor(const fs::path& program, const fs::path& p
     if (!network) {
         arguments.emplace_back("--host-resolver-rules=MAP * ~NOTFOUND");
         arguments.emplace_back("--force-webrtc-ip-handling-policy=disable_non_proxied_udp");
+    }
+    if (!ownSandbox) {
+        arguments.emplace_back("--no-sandbox");
     }
     arguments.emplace_back("about:blank");
     return arguments;
@@ -102,7 +106,10 @@ FileResult<DevTools*> WebEngine::connect(const std::stop_token& stop) {
     m_run.reset();
     FileError error{{}, "no web engine is installed (such as chromium-headless-shell)", ENOENT};
     for (const fs::path& program : m_options.programs) {
-        auto run = start(program, stop);
+        auto run = start(program, true, stop);
+        if (!run && run.error().errnoValue == EPERM && !stop.stop_requested()) {
+            run = start(program, false, stop);
+        }
         if (run) {
             m_run = std::move(*run);
             return &m_run->devTools;
@@ -115,8 +122,8 @@ FileResult<DevTools*> WebEngine::connect(const std::stop_token& stop) {
     return tl::unexpected(std::move(error));
 }
 
-FileResult<std::unique_ptr<WebEngine::Run>> WebEngine::start(const fs::path& program,
-                                                             const std::stop_token& stop) const {
+FileResult<std::unique_ptr<WebEngine::Run>>
+WebEngine::start(const fs::path& program, bool ownSandbox, const std::stop_token& stop) const {
     auto folder = ChildFolder::create();
     if (!folder) {
         return tl::unexpected(std::move(folder.error()));
@@ -127,7 +134,7 @@ FileResult<std::unique_ptr<WebEngine::Run>> WebEngine::start(const fs::path& pro
         return tl::unexpected((temporary ? profile : temporary).error());
     }
     ChildCommand command;
-    command.arguments = argumentsFor(program, *profile, m_options.network);
+    command.arguments = argumentsFor(program, *profile, m_options.network, ownSandbox);
     command.workingFolder = folder->path();
     command.environment = {{"HOME", folder->path().string()},
                            {"TMPDIR", temporary->string()},
@@ -158,11 +165,12 @@ FileResult<std::unique_ptr<WebEngine::Run>> WebEngine::start(const fs::path& pro
         static_cast<void>(run->child.waitUntil(DevTools::Clock::now() + endPatience));
     }
     const ChildEnd ended = run->child.stop();
+    const bool lacksSandbox = ended.errors.find("No usable sandbox") != std::string::npos;
     return tl::unexpected(FileError{program,
                                     wait == WebWait::timeOver    ? "it does not answer"
                                     : wait == WebWait::cancelled ? "its start was cancelled"
                                                                  : ended.text(),
-                                    0});
+                                    lacksSandbox ? EPERM : 0});
 }
 
 } // namespace quillorn

@@ -56,7 +56,9 @@ private:
         DevTools devTools;
     };
 
-    FileResult<std::unique_ptr<Run>> start(const std::filesystem::path& program,
+    /// Where the system lets nobody have namespaces (some containers), the engine's own sandbox
+    /// cannot be set up: the error is EPERM, and it must do with what its keeper takes from it.
+    FileResult<std::unique_ptr<Run>> start(const std::filesystem::path& program, bool ownSandbox,
                                            const std::stop_token& stop) const;
 
     Options m_options;
