@@ -14,7 +14,7 @@ namespace quillorn {
 
 namespace {
 
-constexpr qreal grid = 24;        // units of the drawings below, both ways
+constexpr qreal grid = 24;         // units of the drawings below, both ways
 constexpr qreal strokeWidth = 1.7; // in the same units
 
 struct Drawing {
@@ -96,7 +96,7 @@ QPainterPath pathOf(std::string_view strokes) {
 
 class LineIconEngine final : public QIconEngine {
 public:
-    explicit LineIconEngine(QPainterPath path) : m_path(std::move(path)) {}
+    explicit LineIconEngine(const QPainterPath& path) : m_path(path) {}
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode,
                QIcon::State /*state*/) override {

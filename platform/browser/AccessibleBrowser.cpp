@@ -211,7 +211,7 @@ private:
         auto made = std::make_unique<AccessibleChild>(m_view, key);
         const QAccessible::Id id = QAccessible::registerAccessibleInterface(made.get());
         static_cast<void>(made.release()); // Qt owns it now, which the analyzer does not see
-        m_children.emplace(key, id);       // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
+        m_children.emplace(key, id);
         return QAccessible::accessibleInterface(id);
     }
 

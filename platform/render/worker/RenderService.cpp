@@ -18,7 +18,7 @@ namespace quillorn::render {
 namespace {
 
 /// A worker that grew beyond this hands over to a fresh one.
-constexpr long largestWorker = 640 * 1024; // KiB, as getrusage counts
+constexpr long largestWorker = 640L * 1024; // KiB, as getrusage counts
 
 bool isOutgrown() {
     rusage usage{};

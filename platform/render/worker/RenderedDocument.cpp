@@ -49,6 +49,8 @@ std::unique_ptr<RenderedDocument> RenderedDocument::open(FileDescriptor file, st
     if (opened == nullptr) {
         return nullptr;
     }
+    // The document owns its stream, which the analyzer does not see.
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
     auto document = openWith(*opened, size, password);
     if (document == nullptr && !password.empty()) {
         // It may be an owner's that the library does not understand, of a file that anybody may

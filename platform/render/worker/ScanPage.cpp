@@ -104,10 +104,12 @@ std::vector<Share> sharesAlong(double from, double to, std::size_t samples, std:
     const double low = std::round(std::min(from, to));
     const double high = std::max(std::round(std::max(from, to)), low + 1);
     std::vector<Share> shares;
-    const double first = std::clamp(low, 0.0, static_cast<double>(pixels));
-    const double end = std::clamp(high, 0.0, static_cast<double>(pixels));
-    start = static_cast<std::size_t>(first);
-    for (double pixel = first; pixel < end; ++pixel) {
+    const auto inPicture = [pixels](double edge) {
+        return static_cast<std::size_t>(std::clamp(edge, 0.0, static_cast<double>(pixels)));
+    };
+    start = inPicture(low);
+    for (std::size_t place = start; place < inPicture(high); ++place) {
+        const auto pixel = static_cast<double>(place);
         double begin = (pixel - low) / (high - low);
         double stop = (pixel + 1 - low) / (high - low);
         if (to < from) {
