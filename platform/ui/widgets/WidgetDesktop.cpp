@@ -58,7 +58,13 @@ bool start(const QString& argument) {
                                              ? QUrl::fromLocalFile(argument)
                                              : QUrl(argument));
     }
-    return QProcess::startDetached(opener, {argument});
+    QProcess process;
+    process.setProgram(opener);
+    process.setArguments({argument});
+    // What it has to say about the programs it tries is not ours to print.
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    return process.startDetached();
 }
 
 } // namespace

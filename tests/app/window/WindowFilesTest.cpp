@@ -56,13 +56,18 @@ TEST_F(WindowFilesTest, TheFirstFileBringsTheWorkingSizeAndTheToolbar) {
     start();
     open({pdf("a.pdf", 3)});
     const QRect screen = window().screen()->availableGeometry();
-    EXPECT_EQ(window().size(), QSize(810, 810).boundedTo(screen.size()));
+    const QRect frame = window().frameGeometry();
+    const QSize decoration = frame.size() - window().size();
+    EXPECT_EQ(window().size(), QSize(810, 810).boundedTo(screen.size() - decoration));
+    EXPECT_TRUE(screen.contains(frame)) << "the screen has room for all of it";
     waitFor("both panes have room", [this]() { return window().outputPane().width() > 300; });
     auto* const toolbar = window().findChild<QToolBar*>();
     ASSERT_NE(toolbar, nullptr);
-    EXPECT_TRUE(toolbar->isVisible());
+    waitFor("the toolbar", [toolbar]() { return toolbar->isVisible(); });
     for (const char* const name : {"btnOpenPDFFiles", "btnAddNewGroup", "btnSave"}) {
-        EXPECT_TRUE(window().findChild<QToolButton*>(QLatin1String(name))->isVisible()) << name;
+        waitFor(name, [this, name]() {
+            return window().findChild<QToolButton*>(QLatin1String(name))->isVisible();
+        });
     }
 }
 

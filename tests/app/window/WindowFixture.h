@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -84,10 +85,11 @@ private:
     };
 
     void runScripts();
+    void lookSoon();
 
     EnvironmentVariable m_path;
     std::vector<Script> m_scripts;
-    QTimer m_timer;
+    QObject m_context; ///< of the timers
     std::unique_ptr<WindowProgram> m_program;
 };
 
