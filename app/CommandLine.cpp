@@ -2,8 +2,10 @@
 
 #include "app/CommandWords.h"
 #include "composer/GroupName.h"
+#include "model/FileNames.h"
 
 #include <charconv>
+#include <set>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -47,6 +49,22 @@ std::optional<int> rotationFrom(std::string_view text) {
     return static_cast<int>(degrees % fullTurn);
 }
 
+Checked setOutputFolder(std::optional<std::string>& known, const CommandWord& option,
+                        CommandWords& words) {
+    auto folder = words.valueOf(option);
+    if (!folder) {
+        return tl::unexpected(std::move(folder.error()));
+    }
+    if (known) {
+        return tl::unexpected(option.text + " is given twice.");
+    }
+    if (folder->empty()) {
+        return tl::unexpected(option.text + " needs the name of a folder.");
+    }
+    known = std::move(*folder);
+    return {};
+}
+
 /// Reads the words after "compose".
 class ComposeParser {
 public:
@@ -70,18 +88,20 @@ public:
 
 private:
     Checked takeOption(const CommandWord& option) {
-        bool* const flag = option.text == "--json"           ? &m_request.json
-                           : option.text == "--quiet"        ? &m_request.quiet
-                           : option.text == "--keep-going"   ? &m_request.keepGoing
-                           : option.text == "--verify"       ? &m_request.verify
-                           : option.text == "--flat-outline" ? &m_request.flatOutline
-                                                             : nullptr;
+        bool* const flag = option.text == "--json"               ? &m_request.json
+                           : option.text == "--quiet"            ? &m_request.quiet
+                           : option.text == "--keep-going"       ? &m_request.keepGoing
+                           : option.text == "--verify"           ? &m_request.verify
+                           : option.text == "--flat-outline"     ? &m_request.flatOutline
+                           : option.text == "--remote-resources" ? &m_request.remoteResources
+                           : option.text == "--keep-page-setup"  ? &m_request.keepPageSetup
+                                                                 : nullptr;
         if (flag != nullptr) {
             *flag = true;
             return CommandWords::checkNoValue(option);
         }
         if (option.text == "--output-folder") {
-            return takeOutputFolder(option);
+            return setOutputFolder(m_request.outputFolder, option, m_words);
         }
         if (option.text == "--group") {
             return takeGroup(option);
@@ -91,21 +111,6 @@ private:
             return takeFileOption(option);
         }
         return tl::unexpected("There is no option " + option.text + ".");
-    }
-
-    Checked takeOutputFolder(const CommandWord& option) {
-        auto folder = m_words.valueOf(option);
-        if (!folder) {
-            return tl::unexpected(std::move(folder.error()));
-        }
-        if (m_request.outputFolder) {
-            return tl::unexpected(option.text + " is given twice.");
-        }
-        if (folder->empty()) {
-            return tl::unexpected(option.text + " needs the name of a folder.");
-        }
-        m_request.outputFolder = std::move(*folder);
-        return {};
     }
 
     Checked takeGroup(const CommandWord& option) {
@@ -186,6 +191,55 @@ private:
     std::vector<std::string> m_names;
 };
 
+Checked checkFilesOf(const ConvertRequest& request) {
+    if (request.files.empty()) {
+        return tl::unexpected(std::string("There is no file to convert."));
+    }
+    std::set<std::string> names;
+    for (const std::string& path : request.files) {
+        if (lastPathComponent(path).empty()) {
+            return tl::unexpected(std::string("A file's name is empty."));
+        }
+        if (std::string name = convertedName(path); !names.insert(name).second) {
+            return tl::unexpected("More than one file would become " + name + ".");
+        }
+    }
+    return {};
+}
+
+/// Reads the words after "convert"; nothing when help was asked for.
+tl::expected<std::optional<ConvertRequest>, std::string> parseConvert(CommandWords& words) {
+    ConvertRequest request;
+    while (const auto word = words.next()) {
+        bool* const flag = word->text == "--json"               ? &request.json
+                           : word->text == "--quiet"            ? &request.quiet
+                           : word->text == "--keep-going"       ? &request.keepGoing
+                           : word->text == "--remote-resources" ? &request.remoteResources
+                           : word->text == "--keep-page-setup"  ? &request.keepPageSetup
+                                                                : nullptr;
+        Checked taken;
+        if (!word->isOption) {
+            request.files.push_back(word->text);
+        } else if (word->text == "--help" || word->text == "-h") {
+            return std::nullopt;
+        } else if (flag != nullptr) {
+            *flag = true;
+            taken = CommandWords::checkNoValue(*word);
+        } else if (word->text == "--output-folder") {
+            taken = setOutputFolder(request.outputFolder, *word, words);
+        } else {
+            taken = tl::unexpected("There is no option " + word->text + ".");
+        }
+        if (!taken) {
+            return tl::unexpected(std::move(taken.error()));
+        }
+    }
+    if (auto fine = checkFilesOf(request); !fine) {
+        return tl::unexpected(std::move(fine.error()));
+    }
+    return request;
+}
+
 /// Reads the words after "info"; nothing when help was asked for.
 tl::expected<std::optional<InfoRequest>, std::string> parseInfo(CommandWords& words) {
     InfoRequest request;
@@ -234,6 +288,10 @@ commandFrom(tl::expected<std::optional<Request>, std::string> parsed, const Comm
 
 } // namespace
 
+std::string convertedName(const std::string& path) {
+    return baseName(path) + ".pdf";
+}
+
 tl::expected<Command, UsageError> parseCommandLine(const std::vector<std::string>& words) {
     if (words.empty()) {
         return tl::unexpected(UsageError{"There is no command.", {}, HelpTopic::program, false});
@@ -242,6 +300,9 @@ tl::expected<Command, UsageError> parseCommandLine(const std::vector<std::string
     const std::string& command = words.front();
     if (command == "compose") {
         return commandFrom(ComposeParser(rest).parse(), rest, HelpTopic::compose);
+    }
+    if (command == "convert") {
+        return commandFrom(parseConvert(rest), rest, HelpTopic::convert);
     }
     if (command == "info") {
         return commandFrom(parseInfo(rest), rest, HelpTopic::info);

@@ -36,8 +36,23 @@ struct ComposeRequest {
     bool keepGoing = false;
     bool verify = false;              ///< read each output back
     bool flatOutline = false;         ///< no outline entries for the files
+    bool remoteResources = false;     ///< web pages may fetch from other machines
+    bool keepPageSetup = false;       ///< text documents keep their own pages
     std::vector<GroupRequest> groups; ///< at least one
 };
+
+struct ConvertRequest {
+    std::optional<std::string> outputFolder;
+    bool json = false;
+    bool quiet = false;
+    bool keepGoing = false;
+    bool remoteResources = false;   ///< web pages may fetch from other machines
+    bool keepPageSetup = false;     ///< text documents keep their own pages
+    std::vector<std::string> files; ///< at least one; no two become files of the same name
+};
+
+/// The name of the PDF that `convert` makes of a file: its own, with the extension "pdf".
+[[nodiscard]] std::string convertedName(const std::string& path);
 
 struct InfoRequest {
     bool json = false;
@@ -46,7 +61,7 @@ struct InfoRequest {
     std::vector<std::string> files; ///< at least one
 };
 
-enum class HelpTopic { program, compose, info };
+enum class HelpTopic { program, compose, convert, info };
 
 struct HelpRequest {
     HelpTopic topic = HelpTopic::program;
@@ -54,7 +69,8 @@ struct HelpRequest {
 
 struct VersionRequest {};
 
-using Command = std::variant<ComposeRequest, InfoRequest, HelpRequest, VersionRequest>;
+using Command =
+    std::variant<ComposeRequest, ConvertRequest, InfoRequest, HelpRequest, VersionRequest>;
 
 /// A command line that makes no sense.
 struct UsageError {

@@ -1,6 +1,7 @@
 #include "app/CommandLineProgram.h"
 
 #include "app/ComposeReport.h"
+#include "app/ConvertCommand.h"
 #include "app/ExitStatus.h"
 #include "app/FileInfo.h"
 #include "app/HelpTexts.h"
@@ -39,11 +40,21 @@ int CommandLineProgram::runCommand(ComposeRequest& request) {
         }
     }
     m_process.prepareForInputs(sizeOfFiles(files));
-    m_compose.emplace(std::move(request), ComposeCommand::Surroundings{
-                                              m_process.output, m_process.defaultOutputFolder,
-                                              m_process.watchForStop(), m_process.interruptedStatus,
-                                              m_process.endsAfterwards, m_process.workerFolder});
+    m_compose.emplace(std::move(request), surroundings());
     return m_compose->run();
+}
+
+int CommandLineProgram::runCommand(ConvertRequest& request) {
+    m_process.prepareForInputs(sizeOfFiles(request.files));
+    return ConvertCommand(std::move(request), surroundings()).run();
+}
+
+ComposeCommand::Surroundings CommandLineProgram::surroundings() const {
+    ComposeCommand::Surroundings result{m_process.output,         m_process.defaultOutputFolder,
+                                        m_process.watchForStop(), m_process.interruptedStatus,
+                                        m_process.endsAfterwards, m_process.workerFolder};
+    result.prefersPageSetup = m_process.prefersPageSetup;
+    return result;
 }
 
 int CommandLineProgram::runCommand(InfoRequest& request) {

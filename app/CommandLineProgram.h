@@ -27,6 +27,8 @@ public:
         std::function<void(std::uint64_t)> prepareForInputs;
         bool endsAfterwards = false;          ///< right after the command
         std::filesystem::path workerFolder{}; ///< of the programs that decode images
+        /// Whether text documents keep their own pages where no option says so.
+        std::function<bool()> prefersPageSetup = [] { return false; };
     };
 
     explicit CommandLineProgram(Process process) : m_process(std::move(process)) {}
@@ -36,10 +38,12 @@ public:
 
 private:
     int runCommand(ComposeRequest& request);
+    int runCommand(ConvertRequest& request);
     int runCommand(InfoRequest& request);
     int runCommand(const HelpRequest& request);
     int runCommand(const VersionRequest& request);
     int refuse(const UsageError& error);
+    [[nodiscard]] ComposeCommand::Surroundings surroundings() const;
 
     Process m_process;
     std::optional<ComposeCommand> m_compose;

@@ -3,6 +3,7 @@
 #include "app/ExitStatus.h"
 #include "app/ProgressLine.h"
 #include "app/TerminalText.h"
+#include "app/WebConversion.h"
 #include "model/FileNames.h"
 #include "platform/files/PrivateFolder.h"
 
@@ -44,11 +45,15 @@ void ComposeCommand::work() {
     // notices a rewrite in place only afterwards.
     const auto privateFolder = PrivateFolder::create();
     std::optional<SnapshotPolicy> snapshots;
-    std::optional<ComposeConversions> conversions;
+    std::optional<FileConversions::Tools> conversions;
     if (privateFolder) {
         snapshots = SnapshotPolicy{privateFolder->path(), copyLimit};
-        conversions =
-            ComposeConversions{ImageReader(m_surroundings.workerFolder), privateFolder->path()};
+        conversions = FileConversions::Tools{
+            ImageReader(m_surroundings.workerFolder), privateFolder->path(),
+            [this, folder = privateFolder->path()]() {
+                return openHTMLConverter({folder, m_request.remoteResources});
+            },
+            [this]() { return m_request.keepPageSetup || m_surroundings.prefersPageSetup(); }};
     }
     m_inputs =
         std::make_unique<ComposeInputs>(PDFIntake(std::move(snapshots)), std::move(conversions));
@@ -66,6 +71,13 @@ bool ComposeCommand::inputsAreFine() {
         printRefusal(troubles, refusal);
     }
     m_report.refused = std::move(m_plan.refused);
+    for (const FileNotice& notice : m_plan.notices) {
+        if (!m_request.json && !m_request.quiet) {
+            m_surroundings.output.results << printable(lastPathComponent(notice.file)) << ": "
+                                          << printable(notice.text) << '\n';
+        }
+    }
+    m_report.notices = std::move(m_plan.notices);
     if (!m_plan.usageErrors.empty()) {
         for (const UsageError& error : m_plan.usageErrors) {
             printUsageError(troubles, error);

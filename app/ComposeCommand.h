@@ -31,6 +31,8 @@ public:
         /// Reads an output back when that is asked for.
         std::function<PDFResult<PDFVerification>(const std::filesystem::path&, std::size_t)>
             verify = verifyPDF;
+        /// Whether text documents keep their own pages where no option says so.
+        std::function<bool()> prefersPageSetup = [] { return false; };
     };
 
     /// Passwords are given as text (PasswordFiles.h).

@@ -51,18 +51,23 @@ ComposePlan ComposeInputs::plan(const ComposeRequest& request, const std::stop_t
     m_plan = {};
     m_stop = stop;
     for (const GroupRequest& requested : request.groups) {
-        OutputGroup group{requested.name, std::make_unique<PDFDocument>()};
-        bool accepted = false;
-        for (const FileRequest& file : requested.files) {
-            if (stop.stop_requested()) {
-                return std::move(m_plan);
-            }
-            addFile(file, group, accepted, request.json);
-        }
-        m_plan.groups.push_back(std::move(group));
-        m_plan.hasInputs.push_back(accepted);
+        addGroup(requested, request.json);
     }
+    m_conversions.endEngines(); // they need not wait for the writing
     return std::move(m_plan);
+}
+
+void ComposeInputs::addGroup(const GroupRequest& requested, bool json) {
+    OutputGroup group{requested.name, std::make_unique<PDFDocument>()};
+    bool accepted = false;
+    for (const FileRequest& file : requested.files) {
+        if (m_stop.stop_requested()) {
+            return;
+        }
+        addFile(file, group, accepted, json);
+    }
+    m_plan.groups.push_back(std::move(group));
+    m_plan.hasInputs.push_back(accepted);
 }
 
 void ComposeInputs::addFile(const FileRequest& file, OutputGroup& group, bool& accepted,
@@ -108,18 +113,14 @@ ComposeInputs::Source ComposeInputs::open(const std::string& path, const FileReq
     // The entries of a folder are opened as they are, as PDFs.
     const FileRoute route =
         path == file.path && exists(path) ? commandLineRoute(path) : FileRoute::pdf;
-    std::string pdf = path;
-    if (route == FileRoute::image) {
-        auto converted = convertImage(path);
-        if (!converted) {
-            return refuse(std::move(converted.error()));
-        }
-        pdf = std::move(*converted);
-    } else if (route != FileRoute::pdf) {
-        return refuse(ImportRefusal::make(Kind::needsConverter, path,
-                                          std::string(missingConverterReason(route))));
+    auto converted = m_conversions.pdfOf(path, route, m_stop);
+    if (!converted) {
+        return refuse(std::move(converted.error()));
     }
-    auto opened = m_intake.open(pdf, file.password.text);
+    for (std::string& notice : converted->notices) {
+        m_plan.notices.push_back({path, std::move(notice)});
+    }
+    auto opened = m_intake.open(converted->pdf, file.password.text);
     if (!opened) {
         return refuse(std::move(opened.error()));
     }
@@ -130,24 +131,6 @@ ComposeInputs::Source ComposeInputs::open(const std::string& path, const FileReq
     }
     place->second = std::move(*counted);
     return place->second;
-}
-
-ImportResult<std::string> ComposeInputs::convertImage(const std::string& path) {
-    if (!m_conversions) {
-        return tl::unexpected(ImportRefusal::make(
-            Kind::needsConverter, path, "there is no folder for temporary files to convert it in"));
-    }
-    // A folder for each: images of the same name from different places must not meet.
-    const std::filesystem::path folder =
-        m_conversions->folder / std::to_string(++m_conversionCount);
-    std::error_code error;
-    std::filesystem::create_directory(folder, error);
-    if (error) {
-        return tl::unexpected(
-            ImportRefusal::make(Kind::needsConverter, path,
-                                folder.string() + " cannot be made: " + errnoText(error.value())));
-    }
-    return ImageConverter(m_conversions->images, folder).image2PDF(path, m_stop);
 }
 
 ComposeInputs::Source ComposeInputs::refuse(ImportRefusal refusal) {

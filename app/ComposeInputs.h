@@ -1,12 +1,15 @@
 #pragma once
 
 #include "app/CommandLine.h"
+#include "app/ComposeReport.h"
+#include "app/FileConversions.h"
 #include "composer/OutputGroup.h"
-#include "import/ImageConverter.h"
+#include "import/FileRoute.h"
 #include "import/PDFIntake.h"
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -23,12 +26,7 @@ struct ComposePlan {
     std::vector<bool> hasInputs;     ///< for each group, whether one of its files was accepted
     std::vector<ImportRefusal> refused;  ///< each file once
     std::vector<UsageError> usageErrors; ///< page ranges that do not fit their files
-};
-
-/// What turns files that are no PDF into one.
-struct ComposeConversions {
-    ImageReader images;
-    std::filesystem::path folder; ///< exists, is our own, and holds what was converted
+    std::vector<FileNotice> notices;     ///< about files that were converted
 };
 
 /// Opens the files of a `compose` request, each once however often it is named, and lists the
@@ -37,7 +35,7 @@ class ComposeInputs {
 public:
     /// Without conversions only PDFs are taken.
     explicit ComposeInputs(PDFIntake intake,
-                           std::optional<ComposeConversions> conversions = std::nullopt)
+                           std::optional<FileConversions::Tools> conversions = std::nullopt)
         : m_intake(std::move(intake)), m_conversions(std::move(conversions)) {}
 
     /// Passwords are given as text (PasswordFiles.h). Ends early when `stop` is requested.
@@ -47,16 +45,15 @@ private:
     using Source = std::shared_ptr<const PDFSource>;
     using Key = std::pair<std::string, std::optional<std::string>>; ///< path and password
 
+    /// Leaves the group out when a stop is requested.
+    void addGroup(const GroupRequest& requested, bool json);
     void addFile(const FileRequest& file, OutputGroup& group, bool& accepted, bool json);
     /// The source at `path`; null when it was refused, which is noted the first time.
     Source open(const std::string& path, const FileRequest& file);
-    /// The path of the PDF that an image became.
-    ImportResult<std::string> convertImage(const std::string& path);
     Source refuse(ImportRefusal refusal);
 
     PDFIntake m_intake;
-    std::optional<ComposeConversions> m_conversions;
-    std::size_t m_conversionCount = 0;
+    FileConversions m_conversions;
     std::stop_token m_stop;
     std::map<Key, Source> m_opened; ///< null for refused ones
     ComposePlan m_plan;

@@ -26,9 +26,14 @@ std::string composeReportJSON(const ComposeReport& report) {
     for (const FailedOutput& output : report.failed) {
         failed.push_back({{"file", output.file}, {"reason", output.reason}});
     }
+    Json notices = Json::array();
+    for (const FileNotice& notice : report.notices) {
+        notices.push_back({{"file", fullPath(notice.file)}, {"text", notice.text}});
+    }
     Json object = {{"outputs", std::move(outputs)},
                    {"refused", refusalsJSON(report.refused)},
-                   {"failed", std::move(failed)}};
+                   {"failed", std::move(failed)},
+                   {"notices", std::move(notices)}};
     addOutcome(object, report.usageError, report.status);
     return jsonText(object);
 }

@@ -14,19 +14,26 @@ struct FailedOutput {
     std::string reason; ///< one line
 };
 
+/// What people should know about a file that was converted.
+struct FileNotice {
+    std::string file; ///< its path
+    std::string text; ///< one line
+};
+
 /// What a run of `compose` did.
 struct ComposeReport {
     std::vector<PDFWriteReport> outputs; ///< written, in order
     std::vector<ImportRefusal> refused;  ///< each file once
     std::vector<FailedOutput> failed;
-    std::string usageError; ///< why nothing was attempted, or empty
-    int status = 0;         ///< exit status
+    std::vector<FileNotice> notices; ///< about inputs
+    std::string usageError;          ///< why nothing was attempted, or empty
+    int status = 0;                  ///< exit status
 };
 
 /// The report as one JSON object with a line end: "outputs" (file, pages, bytes, and "notes" of
 /// what could not be carried along: kind, file, count, example, text), "refused"
-/// (file, message, reason), "failed" (file, reason), "status", and "error" when the command line
-/// made no sense. Bytes that are no UTF-8 are replaced.
+/// (file, message, reason), "failed" (file, reason), "notices" about inputs (file, text), "status",
+/// and "error" when the command line made no sense. Bytes that are no UTF-8 are replaced.
 [[nodiscard]] std::string composeReportJSON(const ComposeReport& report);
 
 } // namespace quillorn

@@ -9,15 +9,17 @@ constexpr std::string_view programHelp =
 
 Usage:
   quillorn-folivane compose [OPTION]... --group NAME.pdf FILE [FILE OPTION]... ...
+  quillorn-folivane convert [OPTION]... FILE...
   quillorn-folivane info [OPTION]... FILE...
   quillorn-folivane --version
   quillorn-folivane --help
 
 Commands:
-  compose    write PDF files made of pages of the given PDFs and images
+  compose    write PDF files made of pages of the given PDFs, images and documents
+  convert    turn each file into a PDF of its own
   info       tell about PDF files: pages, size, locks, permissions, page labels
 
-"quillorn-folivane compose --help" and "quillorn-folivane info --help" tell more.
+"quillorn-folivane COMMAND --help" tells more.
 )";
 
 constexpr std::string_view composeHelp =
@@ -32,9 +34,12 @@ Each --group becomes one PDF of that name in the output folder; a file of that
 name is replaced. Its pages are those of its FILEs in the order given. A FILE may
 be named any number of times, and may be the very file that is replaced.
 
-A FILE is a PDF or an image (JPEG, PNG, TIFF, GIF, BMP, JPEG 2000, WebP, HEIC, AVIF,
-PSD, TGA, ICO, ICNS, SVG), known by its extension, or by its content when it has none.
-An image becomes one page of 595 x 800 points; of several in one file the first counts.
+A FILE is a PDF, an image, a web page, a text or a Word document, known by its extension,
+or by its content when it has none. An image (JPEG, PNG, TIFF, GIF, BMP, JPEG 2000, WebP, HEIC, AVIF, PSD,
+TGA, ICO, ICNS, SVG) becomes one page of 595 x 800 points; of several in one file the
+first counts. A web page (.html, .htm, .webarchive) is printed on the paper of your
+language's custom; it sees the files of its own folder. Texts and documents (.txt, .rtf,
+.rtfd, .doc, .docx) are laid out on that paper, too, 90 points from its edges.
 
 Options:
   --output-folder DIR    write into DIR, which is made if it is missing. Without it,
@@ -45,6 +50,10 @@ Options:
                          link and outline entry leads to one of them
   --flat-outline         merge the outlines of several files without an entry for
                          each file over its own ones
+  --remote-resources     let web pages fetch pictures and styles from other machines;
+                         what does not come soon is left out
+  --keep-page-setup      let texts and documents keep their own paper, margins, headers
+                         and footers, as the preference KeepPageSetup=true does
   --json                 report on standard output as one JSON object
   --quiet                say nothing on standard output unless --json asks for it,
                          and show no progress
@@ -82,6 +91,45 @@ Examples:
   quillorn-folivane compose --group Open.pdf locked.pdf --password-file key.txt
 )";
 
+constexpr std::string_view convertHelp =
+    R"(Turns each file into a PDF of its own.
+
+Usage:
+  quillorn-folivane convert [OPTION]... FILE...
+
+Each FILE becomes a PDF of its name: letter.docx becomes letter.pdf; a file of that
+name is replaced. A FILE is an image, a web page, a text or a document as for compose;
+a PDF is copied as it is. Files are written one after the other.
+
+Options:
+  --output-folder DIR    write into DIR, which is made if it is missing. Without it,
+                         the folder chosen in the program, at first
+                         "Movies/Quillorn Folivane" in the home folder
+  --keep-going           go on with the others when a FILE is refused
+  --remote-resources     let web pages fetch pictures and styles from other machines
+  --keep-page-setup      let texts and documents keep their own paper, margins, headers
+                         and footers, as the preference KeepPageSetup=true does
+  --json                 report on standard output as one JSON object
+  --quiet                say nothing on standard output unless --json asks for it,
+                         and show no progress
+  --help                 show this text
+
+After a lone -- every word is a FILE.
+
+Exit status:
+  0    everything was written
+  2    the command line makes no sense, or two FILEs would get one name; nothing was
+       written
+  3    a FILE was refused; those before it were written, with --keep-going those behind
+       it, too
+  4    a PDF could not be written; the others were
+  130  interrupted, as by Ctrl-C (143 when asked to terminate)
+A PDF is either written whole or not at all.
+
+Example:
+  quillorn-folivane convert --output-folder out letter.docx notes.txt photo.jpg
+)";
+
 constexpr std::string_view infoHelp =
     R"(Tells about PDF files.
 
@@ -116,6 +164,8 @@ std::string_view helpText(HelpTopic topic) {
     switch (topic) {
     case HelpTopic::compose:
         return composeHelp;
+    case HelpTopic::convert:
+        return convertHelp;
     case HelpTopic::info:
         return infoHelp;
     case HelpTopic::program:
@@ -132,6 +182,8 @@ std::string_view helpHint(HelpTopic topic) {
     switch (topic) {
     case HelpTopic::compose:
         return R"(Try "quillorn-folivane compose --help".)";
+    case HelpTopic::convert:
+        return R"(Try "quillorn-folivane convert --help".)";
     case HelpTopic::info:
         return R"(Try "quillorn-folivane info --help".)";
     case HelpTopic::program:

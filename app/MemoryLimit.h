@@ -10,12 +10,12 @@ namespace quillorn {
 /// there counts nothing.
 [[nodiscard]] std::uint64_t sizeOfFiles(const std::vector<std::string>& paths);
 
-/// Lets this process, and what it starts, take no more memory (bytes of private data, RLIMIT_DATA)
-/// than a command needs for inputs of so many bytes: a gibibyte, and much more than honest files
-/// come to when they are unpacked. What a file asks for beyond that fails with std::bad_alloc,
-/// instead of driving everything else on the machine out of memory.
+/// Lets this process take no more memory (bytes of private data, RLIMIT_DATA) than a command needs
+/// for inputs of so many bytes: a gibibyte, and much more than honest files come to when they are
+/// unpacked. What a file asks for beyond that fails with std::bad_alloc, instead of driving
+/// everything else on the machine out of memory.
 ///
-/// Only ever lowers the limit, and only the soft one, so that a child may be given another.
+/// Only ever lowers the limit, and only the soft one: each child process gets one of its own.
 void limitMemoryForInputs(std::uint64_t inputBytes);
 
 } // namespace quillorn

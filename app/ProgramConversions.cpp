@@ -1,39 +1,70 @@
 #include "app/ProgramConversions.h"
 
-#include "import/FileRoute.h"
+#include "app/WebConversion.h"
 #include "import/ImageConverter.h"
+#include "import/WordConverter.h"
 #include "platform/imaging/ImageReader.h"
+
+#include <utility>
 
 namespace quillorn {
 
-namespace {
+ProgramConversions::ProgramConversions(Options options)
+    : m_options(std::move(options)),
+      m_texts({m_options.cacheFolder, [keeps = m_options.keepsPageSetup] { return keeps; }}) {}
 
-ImportResult<std::string> refused(const std::string& path, FileRoute route) {
-    return tl::unexpected(ImportRefusal::make(ImportRefusal::Kind::needsConverter, path,
-                                              std::string(missingConverterReason(route))));
+ImportResult<HTMLConverter*> ProgramConversions::htmlConverter(const std::string& path) {
+    if (!m_html) {
+        auto opened = openHTMLConverter({m_options.cacheFolder});
+        if (!opened) {
+            return tl::unexpected(
+                ImportRefusal::make(ImportRefusal::Kind::needsConverter, path,
+                                    opened.error().file.string() + ": " + opened.error().reason));
+        }
+        m_html = std::move(*opened);
+    }
+    return m_html.get();
 }
-
-} // namespace
 
 ImportResult<std::string> ProgramConversions::image2PDF(const std::string& path,
                                                         const std::stop_token& stop) {
-    const ImageConverter converter(ImageReader(m_workerFolder), m_cacheFolder);
+    const ImageConverter converter(ImageReader(m_options.workerFolder), m_options.cacheFolder);
     return converter.image2PDF(path, stop);
 }
 
 ImportResult<std::string> ProgramConversions::html2PDF(const std::string& path,
-                                                       const std::stop_token& /*stop*/) {
-    return refused(path, FileRoute::html);
+                                                       const std::stop_token& stop) {
+    const std::lock_guard lock(m_htmlMutex);
+    const auto html = htmlConverter(path);
+    if (!html) {
+        return tl::unexpected(html.error());
+    }
+    return (*html)->html2PDF(path, stop);
 }
 
 ImportResult<std::string> ProgramConversions::rtf2PDF(const std::string& path,
-                                                      const std::stop_token& /*stop*/) {
-    return refused(path, FileRoute::richText);
+                                                      const std::stop_token& stop) {
+    const std::lock_guard lock(m_textsMutex);
+    auto converted = m_texts.rtf2PDF(path, stop);
+    if (!converted) {
+        return tl::unexpected(std::move(converted.error()));
+    }
+    for (const std::string& notice : converted->notices) {
+        if (m_options.tell) {
+            m_options.tell(notice);
+        }
+    }
+    return std::move(converted->pdf);
 }
 
 ImportResult<std::string> ProgramConversions::doc2PDF(const std::string& path,
-                                                      const std::stop_token& /*stop*/) {
-    return refused(path, FileRoute::word);
+                                                      const std::stop_token& stop) {
+    const std::lock_guard lock(m_htmlMutex);
+    const auto html = htmlConverter(path);
+    if (!html) {
+        return tl::unexpected(html.error());
+    }
+    return WordConverter(**html, {m_options.cacheFolder}).doc2PDF(path, stop);
 }
 
 } // namespace quillorn

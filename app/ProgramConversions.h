@@ -1,19 +1,31 @@
 #pragma once
 
 #include "import/DocumentConversions.h"
+#include "import/HTMLConverter.h"
+#include "import/RtfToPDF.h"
 
 #include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
 #include <stop_token>
 #include <string>
 
 namespace quillorn {
 
-/// The conversions that the program has: images. Every other file is refused with the reason.
+/// The conversions of the window. Their engines are started by the first file that needs one and
+/// kept until this object ends; files for one engine take turns.
 class ProgramConversions final : public DocumentConversions {
 public:
-    /// `workerFolder` holds the programs that decode images.
-    ProgramConversions(std::filesystem::path workerFolder, std::filesystem::path cacheFolder)
-        : m_workerFolder(std::move(workerFolder)), m_cacheFolder(std::move(cacheFolder)) {}
+    struct Options {
+        std::filesystem::path workerFolder; ///< holds the programs that decode images
+        std::filesystem::path cacheFolder;  ///< takes the PDFs
+        bool keepsPageSetup = false;        ///< whether text documents keep their own pages
+        /// Told what people should know about a file that was converted. Any thread.
+        std::function<void(const std::string& notice)> tell;
+    };
+
+    explicit ProgramConversions(Options options);
 
     [[nodiscard]] ImportResult<std::string> image2PDF(const std::string& path,
                                                       const std::stop_token& stop) override;
@@ -25,8 +37,14 @@ public:
                                                     const std::stop_token& stop) override;
 
 private:
-    std::filesystem::path m_workerFolder;
-    std::filesystem::path m_cacheFolder;
+    /// The converter of web pages, opened now if need be; with m_htmlMutex held.
+    [[nodiscard]] ImportResult<HTMLConverter*> htmlConverter(const std::string& path);
+
+    Options m_options;
+    std::mutex m_htmlMutex; ///< guards m_html and its engine
+    std::unique_ptr<HTMLConverter> m_html;
+    std::mutex m_textsMutex; ///< guards m_texts and its engines
+    TextDocumentConverter m_texts;
 };
 
 } // namespace quillorn

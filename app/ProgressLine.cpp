@@ -11,9 +11,6 @@ namespace {
 
 constexpr std::size_t smallestUsefulName = 8; // characters
 
-/// To the start of the line, and everything behind it blank.
-constexpr const char* eraseLine = "\r\033[K";
-
 } // namespace
 
 ProgressLine::ProgressLine(std::ostream& terminal, std::size_t width, std::string name, Clock clock)

@@ -10,6 +10,9 @@
 
 namespace quillorn {
 
+/// What a terminal is told to go to the start of its line and make everything behind it blank.
+inline constexpr const char* eraseLine = "\r\033[K";
+
 /// Shows how far the writing of one PDF has come on one line of a terminal, which it draws over
 /// and over, and which is blank again at the end: after `documentEndWrite`, or with this object.
 class ProgressLine final : public PDFWriteObserver {

@@ -1,21 +1,17 @@
 #include "app/StoredPreferences.h"
 
-#include "app/ProgramFolder.h"
+#include "app/ProgramModule.h"
 
-#include <dlfcn.h>
-#include <filesystem>
+#include <utility>
 
 namespace quillorn {
 
 FileResult<std::unique_ptr<Preferences>> openStoredPreferences() {
-    const std::filesystem::path module = programFolder() / "quillorn-settings.so";
-    void* const handle = ::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
-    void* const symbol = handle != nullptr ? ::dlsym(handle, "quillornOpenPreferences") : nullptr;
-    if (symbol == nullptr) {
-        const char* const reason = ::dlerror();
-        return tl::unexpected(FileError{module, reason != nullptr ? reason : "no such module", 0});
+    auto function = functionInModule("quillorn-settings.so", "quillornOpenPreferences");
+    if (!function) {
+        return tl::unexpected(std::move(function.error()));
     }
-    const auto open = reinterpret_cast<Preferences* (*)()>(symbol);
+    const auto open = reinterpret_cast<Preferences* (*)()>(*function);
     return std::unique_ptr<Preferences>(open());
 }
 

@@ -14,6 +14,10 @@ namespace {
 constexpr float startZoom = 0.25F;
 constexpr const char* supportPage = "https://example.org/quillorn-folivane/support";
 
+bool keepsPageSetup(const Preferences& preferences) {
+    return preferences.stringForKey(preference_key::keepPageSetup) == "true";
+}
+
 } // namespace
 
 WindowProgram::WindowProgram(Surroundings surroundings)
@@ -27,7 +31,11 @@ WindowProgram::WindowProgram(Surroundings surroundings)
       m_filePanels(m_window),
       m_longWork(m_window, m_mainThread, m_window.activities()),
       m_preferences(std::move(surroundings.preferences)),
-      m_conversions(surroundings.programFolder, cacheFolder(surroundings.homeFolder)) {
+      m_conversions({surroundings.programFolder, cacheFolder(surroundings.homeFolder),
+                     keepsPageSetup(*m_preferences), [this](const std::string& notice) {
+                         m_mainThread.post(
+                             [this, notice]() { m_window.messageLine().showMessage(notice); });
+                     }}) {
     makeControllers(std::move(surroundings));
     connectSheets();
     connectFileCommands();
@@ -237,21 +245,18 @@ void WindowProgram::connectPaneCommands() {
     forward(menus.viewCollapseAll, &PaneMenus::collapseAll);
     forward(menus.viewExpandAll, &PaneMenus::expandAll);
     on(menus.selectAll, [this]() {
-        PaneView& pane =
-            m_window.isOutputFocused() ? m_window.outputPane() : m_window.sourcePane();
+        PaneView& pane = m_window.isOutputFocused() ? m_window.outputPane() : m_window.sourcePane();
         pane.browser().selectAll();
     });
     on(menus.selectNone, [this]() {
-        PaneView& pane =
-            m_window.isOutputFocused() ? m_window.outputPane() : m_window.sourcePane();
+        PaneView& pane = m_window.isOutputFocused() ? m_window.outputPane() : m_window.sourcePane();
         pane.browser().setSelectionIndexes({}, false);
     });
     connect(&m_window, &MainWindow::focusedPaneChanged, this, &WindowProgram::refreshActions);
     for (PaneMenus* const pane : {&menus.source, &menus.output}) {
         for (MenuEntry* const entry : {&pane->closePDFFile, &pane->zoomIn, &pane->zoomOut,
                                        &pane->collapseAll, &pane->expandAll, &pane->clearMenu}) {
-            connect(&entry->action, &QAction::enabledChanged, this,
-                    &WindowProgram::refreshActions);
+            connect(&entry->action, &QAction::enabledChanged, this, &WindowProgram::refreshActions);
         }
     }
 }

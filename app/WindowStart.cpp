@@ -1,8 +1,8 @@
 #include "app/WindowStart.h"
 
 #include "app/ExitStatus.h"
-#include "app/ProgramFolder.h"
 #include "app/RunningInstance.h"
+#include "platform/files/BesideProgram.h"
 #include "platform/ui/HomeFolder.h"
 
 #include <algorithm>
@@ -45,7 +45,7 @@ int fail(const std::string& what) {
 
 int runModule(int argc, char** argv, const std::vector<std::string>& files,
               RunningInstance& instance) {
-    const std::filesystem::path module = programFolder() / "quillorn-window.so";
+    const std::filesystem::path module = besideProgram("quillorn-window.so");
     void* const handle = ::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
     void* const symbol = handle != nullptr ? ::dlsym(handle, "quillornRunWindow") : nullptr;
     if (symbol == nullptr) {

@@ -2,13 +2,14 @@
 #include "app/ExitStatus.h"
 #include "app/Interrupts.h"
 #include "app/MemoryLimit.h"
-#include "app/ProgramFolder.h"
 #include "app/StoredPreferences.h"
 #include "app/WindowStart.h"
 #include "composer/OutputFolder.h"
+#include "platform/files/BesideProgram.h"
 #include "platform/files/FileDescriptor.h"
 #include "platform/pdf/MemoryShortage.h"
 #include "platform/ui/HomeFolder.h"
+#include "platform/ui/Preferences.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -40,6 +41,13 @@ std::string defaultOutputFolder() {
                                  preferences.error().reason);
     }
     return quillorn::InitAppPath(**preferences, quillorn::homeFolder());
+}
+
+/// A preference that cannot be read is one that was never set.
+bool prefersPageSetup() {
+    const auto preferences = quillorn::openStoredPreferences();
+    return preferences &&
+           (*preferences)->stringForKey(quillorn::preference_key::keepPageSetup) == "true";
 }
 
 void prepareForInputs([[maybe_unused]] std::uint64_t bytes) {
@@ -82,7 +90,8 @@ int main(int argc, char** argv) {
                                               quillorn::Interrupts::exitStatus,
                                               prepareForInputs,
                                               endsAfterwards,
-                                              quillorn::programFolder()});
+                                              quillorn::besideProgram(""),
+                                              prefersPageSetup});
         const int status = runProgram(program, words);
         if (endsAfterwards) {
             // Everything is written and flushed; giving back a large document piece by piece

@@ -89,23 +89,10 @@ FileRoute dropRoute(const std::string& path) {
 
 FileRoute commandLineRoute(const std::string& path) {
     const FileRoute dropped = dropRoute(path);
-    return dropped == FileRoute::notLegal ? FileRoute::pdf : dropped;
-}
-
-std::string_view missingConverterReason(FileRoute route) {
-    switch (route) {
-    case FileRoute::html:
-        return "web pages are not turned into pages by this version yet";
-    case FileRoute::richText:
-    case FileRoute::word:
-        return "text documents are not turned into pages by this version yet";
-    case FileRoute::notLegal:
-        return "files of this kind are not turned into pages";
-    case FileRoute::image:
-    case FileRoute::pdf:
-        break;
+    if (dropped == FileRoute::word) {
+        return openPanelRoute(path);
     }
-    return {};
+    return dropped == FileRoute::notLegal ? FileRoute::pdf : dropped;
 }
 
 } // namespace quillorn

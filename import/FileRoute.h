@@ -36,11 +36,8 @@ enum class FileRoute {
 [[nodiscard]] FileRoute dropRoute(const std::string& path);
 
 /// The route of a file named on the command line, which takes what either of the two others
-/// takes: a dropped file's route, and whatever that one refuses is opened as a PDF.
+/// takes: a dropped file's route, and whatever that one refuses is opened as a PDF. A Word
+/// document, which somebody chose by its name, takes the open panel's route, which is the better.
 [[nodiscard]] FileRoute commandLineRoute(const std::string& path);
-
-/// What is left of a route while no converter is there: one line that says which conversion the
-/// file would need, e.g. for people who wonder why it was refused. Empty for `pdf` and `image`.
-[[nodiscard]] std::string_view missingConverterReason(FileRoute route);
 
 } // namespace quillorn

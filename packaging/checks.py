@@ -21,7 +21,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 STORE = ROOT / "build" / "checks"
 # The first build that compiles a file tells how. ./test checks configures the
 # first two; the benchmarks count once benchmarks/run has configured them.
-DATABASES = ["release", "fuzz", "benchmarks"]
+DATABASES = ["release", "asan", "benchmarks"]
 # The compile commands are those of g++, which has warnings that clang lacks and needs no help
 # with libqpdf's headers.
 FOR_CLANG = ["-Wno-unknown-warning-option", "-isystem", str(ROOT / "cmake" / "clang")]

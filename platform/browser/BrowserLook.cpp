@@ -4,11 +4,13 @@
 #include <QFontMetrics>
 #include <QLocale>
 #include <QPainter>
-#include <QPainterPath>
 #include <QPixmapCache>
 #include <QPolygonF>
+#include <QRegion>
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <vector>
 
 namespace quillorn {
 
@@ -21,8 +23,8 @@ constexpr int cellPadding = 8;           // around the frame
 constexpr int labelGap = 5;
 constexpr int labelPadding = 2;
 constexpr int shadowReach = 7;
-constexpr int shadowDrop = 2; // how far it falls below the page
-constexpr double corner = 5;
+constexpr int shadowDrop = 2;   // how far it falls below the page
+constexpr double roundness = 5; // of corners
 
 QColor colorOf(const BrowserColor& color) {
     const auto clamped = [](float level) { return std::clamp(level, 0.0F, 1.0F); };
@@ -129,7 +131,7 @@ void BrowserLook::drawHeader(QPainter& painter, const QRect& rect, const HeaderL
     if (look.isFocused) {
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(m_palette.color(QPalette::Highlight), 1.5));
-        painter.drawRoundedRect(QRectF(rect).adjusted(2, 2, -2, -3), corner, corner);
+        painter.drawRoundedRect(QRectF(rect).adjusted(2, 2, -2, -3), roundness, roundness);
     }
     painter.restore();
 }
@@ -152,24 +154,15 @@ QRectF BrowserLook::paperIn(const QRectF& area, const PagePicture& picture) cons
 void BrowserLook::drawCell(QPainter& painter, const QRect& cell, const CellLook& look) const {
     const QRect area = frame(cell, m_font);
     if (look.isSelected) {
-        const QRectF shown = look.hasPage ? paperIn(area, look.picture) : QRectF(area);
-        painter.save();
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(withAlpha(m_palette.color(QPalette::Highlight), 0.28));
-        constexpr int around = cellPadding - 2;
-        painter.drawRoundedRect(shown.adjusted(-around, -around, around, around), corner + 1,
-                                corner + 1);
-        painter.restore();
+        drawHalo(painter, look.hasPage ? paperIn(area, look.picture) : QRectF(area));
     }
     if (look.hasPage) {
         drawPage(painter, area, look.picture);
         if (look.isSelected) {
-            painter.save();
-            painter.setPen(QPen(m_palette.color(QPalette::Highlight), 2));
-            painter.setBrush(Qt::NoBrush);
-            painter.drawRect(paperIn(area, look.picture).adjusted(-1, -1, 1, 1));
-            painter.restore();
+            constexpr double thickness = 2;
+            drawFrame(painter, paperIn(area, look.picture),
+                      static_cast<int>(std::lround(thickness * m_ratio)),
+                      m_palette.color(QPalette::Highlight));
         }
     }
     drawLabel(painter, cell, look);
@@ -191,7 +184,7 @@ void BrowserLook::drawLabel(QPainter& painter, const QRect& cell, const CellLook
         painter.setPen(look.isFocused
                            ? QPen(look.isSelected ? m_text : highlight, look.isSelected ? 1.0 : 1.5)
                            : QPen(Qt::NoPen));
-        painter.drawRoundedRect(QRectF(label).adjusted(0.5, 0.5, -0.5, -0.5), corner, corner);
+        painter.drawRoundedRect(QRectF(label).adjusted(0.5, 0.5, -0.5, -0.5), roundness, roundness);
         painter.restore();
     }
     painter.setPen(look.isSelected ? m_palette.color(QPalette::HighlightedText) : m_text);
@@ -202,10 +195,15 @@ void BrowserLook::drawPage(QPainter& painter, const QRectF& area,
                            const PagePicture& picture) const {
     const QRectF paper = paperIn(area, picture);
     drawShadow(painter, paper);
-    if (picture.thumbnail != nullptr) {
+    if (picture.thumbnail != nullptr && picture.state == PagePicture::State::drawn) {
+        // Pixel by pixel, which is the fast way and the sharp one.
         painter.save();
-        painter.setRenderHint(QPainter::SmoothPixmapTransform,
-                              picture.state != PagePicture::State::drawn || m_ratio != 1);
+        painter.scale(1 / m_ratio, 1 / m_ratio);
+        painter.drawImage((paper.topLeft() * m_ratio).toPoint(), picture.image());
+        painter.restore();
+    } else if (picture.thumbnail != nullptr) {
+        painter.save();
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
         painter.drawImage(paper, picture.image());
         painter.restore();
     } else if (picture.state == PagePicture::State::undrawable) {
@@ -216,10 +214,20 @@ void BrowserLook::drawPage(QPainter& painter, const QRectF& area,
             drawOutline(painter, paper);
         }
     }
+    drawFrame(painter, paper, 1, QColor(205, 207, 210));
+}
+
+/// Along the outer edges of a page, as many device pixels thick. Rectangles, because the painter
+/// takes a long time over lines.
+void BrowserLook::drawFrame(QPainter& painter, const QRectF& paper, int thickness,
+                            const QColor& color) const {
+    const QRect inner((paper.topLeft() * m_ratio).toPoint(), (paper.size() * m_ratio).toSize());
     painter.save();
-    painter.setPen(QPen(QColor(0, 0, 0, 46), 1 / m_ratio));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRect(paper);
+    painter.scale(1 / m_ratio, 1 / m_ratio);
+    const QRect outer = inner.adjusted(-thickness, -thickness, thickness, thickness);
+    for (const QRect& side : QRegion(outer).subtracted(inner)) {
+        painter.fillRect(side, color);
+    }
     painter.restore();
 }
 
@@ -284,7 +292,7 @@ void BrowserLook::drawDropFrame(QPainter& painter, const QRect& area) const {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(withAlpha(m_palette.color(QPalette::Active, QPalette::Highlight), 0.08));
     painter.setPen(QPen(m_palette.color(QPalette::Active, QPalette::Highlight), 3));
-    painter.drawRoundedRect(QRectF(area).adjusted(3, 3, -3, -3), corner, corner);
+    painter.drawRoundedRect(QRectF(area).adjusted(3, 3, -3, -3), roundness, roundness);
     painter.restore();
 }
 
@@ -298,30 +306,36 @@ void BrowserLook::drawRubberBand(QPainter& painter, const QRect& band) const {
     painter.restore();
 }
 
-QPixmap BrowserLook::shadow() const {
-    constexpr int side = 4 * shadowReach + 1;
-    const QString key = QStringLiteral("quillorn-page-shadow-%1").arg(m_ratio);
+/// Of a page of this size in device pixels, with what it throws around it. Most pages of a document
+/// are of one size, so few are kept.
+QPixmap BrowserLook::shadow(QSize paper) const {
+    const int reach = static_cast<int>(std::lround(shadowReach * m_ratio));
+    const QSize size = paper + QSize(2 * reach, 2 * reach);
+    const QString key = QStringLiteral("quillorn-shadow-%1-%2-%3")
+                            .arg(size.width())
+                            .arg(size.height())
+                            .arg(m_ratio);
     QPixmap pixmap;
     if (QPixmapCache::find(key, &pixmap)) {
         return pixmap;
     }
     constexpr double darkest = 0.38;
-    const int pixels = static_cast<int>(std::lround(side * m_ratio));
-    QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    for (int y = 0; y < pixels; ++y) {
-        for (int x = 0; x < pixels; ++x) {
-            // How far the point is from the middle square, whose sides the shadow leaves.
-            const auto beyond = [&](int at) {
-                const double place = (at + 0.5) / m_ratio;
-                return std::max({2.0 * shadowReach - place, place - 2.0 * shadowReach - 1, 0.0}) -
-                       shadowReach * 0.6;
-            };
-            const double dx = std::max(beyond(x), 0.0);
-            const double dy = std::max(beyond(y), 0.0);
-            const double left = 1 - std::hypot(dx, dy) / (shadowReach * 1.4);
-            const double alpha = left > 0 ? darkest * left * left : 0;
-            image.setPixelColor(x, y, QColor::fromRgbF(0, 0, 0, static_cast<float>(alpha)));
+    // How dark it is at a distance from the edge, times that of the other direction.
+    const auto share = [reach](int at, int length) {
+        const double inside = std::min(at, length - 1 - at) + 0.5;
+        const double part = std::min(inside / (1.6 * reach), 1.0);
+        return part * part * (3 - 2 * part);
+    };
+    std::vector<double> columns;
+    for (int x = 0; x < size.width(); ++x) {
+        columns.push_back(share(x, size.width()));
+    }
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    for (int y = 0; y < size.height(); ++y) {
+        const double row = darkest * share(y, size.height());
+        auto* const pixels = reinterpret_cast<QRgb*>(image.scanLine(y));
+        for (std::size_t x = 0; x < columns.size(); ++x) {
+            pixels[x] = qRgba(0, 0, 0, static_cast<int>(255 * row * columns[x]));
         }
     }
     pixmap = QPixmap::fromImage(image);
@@ -330,27 +344,56 @@ QPixmap BrowserLook::shadow() const {
 }
 
 void BrowserLook::drawShadow(QPainter& painter, const QRectF& paper) const {
-    const QPixmap pixmap = shadow();
-    const QRectF around = paper.adjusted(-shadowReach, -shadowReach, shadowReach, shadowReach)
-                              .translated(0, shadowDrop);
-    constexpr double reach = 2.0 * shadowReach;
-    const std::array<double, 4> xs = {around.left(), around.left() + reach, around.right() - reach,
-                                      around.right()};
-    const std::array<double, 4> ys = {around.top(), around.top() + reach, around.bottom() - reach,
-                                      around.bottom()};
-    const double cut = reach * m_ratio;
-    const std::array<double, 4> cuts = {0, cut, pixmap.width() - cut,
-                                        static_cast<double>(pixmap.width())};
-    for (std::size_t row = 0; row < 3; ++row) {
-        for (std::size_t column = 0; column < 3; ++column) {
-            const QRectF target(QPointF(xs[column], ys[row]), QPointF(xs[column + 1], ys[row + 1]));
-            const QRectF source(QPointF(cuts[column], cuts[row]),
-                                QPointF(cuts[column + 1], cuts[row + 1]));
-            if (!target.isEmpty() && (row != 1 || column != 1)) {
-                painter.drawPixmap(target, pixmap, source);
-            }
-        }
+    drawAround(painter, paper, shadow((paper.size() * m_ratio).toSize()),
+               static_cast<int>(std::lround(shadowDrop * m_ratio)));
+}
+
+/// What a page of this size lies on when it is selected.
+QPixmap BrowserLook::halo(QSize paper) const {
+    const int reach = static_cast<int>(std::lround((cellPadding - 2) * m_ratio));
+    const QColor color = withAlpha(m_palette.color(QPalette::Highlight), 0.28);
+    const QString key = QStringLiteral("quillorn-halo-%1-%2-%3-%4")
+                            .arg(paper.width())
+                            .arg(paper.height())
+                            .arg(m_ratio)
+                            .arg(color.rgba());
+    QPixmap pixmap;
+    if (QPixmapCache::find(key, &pixmap)) {
+        return pixmap;
     }
+    pixmap = QPixmap(paper + QSize(2 * reach, 2 * reach));
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    const double rounded = (roundness + 1) * m_ratio;
+    painter.drawRoundedRect(pixmap.rect(), rounded, rounded);
+    painter.end();
+    QPixmapCache::insert(key, pixmap);
+    return pixmap;
+}
+
+void BrowserLook::drawHalo(QPainter& painter, const QRectF& paper) const {
+    drawAround(painter, paper, halo((paper.size() * m_ratio).toSize()), 0);
+}
+
+/// A picture that is larger than a page by as much on every side, around the page only: what it
+/// covers need not be blended. `drop`: device pixels that the picture lies lower.
+void BrowserLook::drawAround(QPainter& painter, const QRectF& paper, const QPixmap& picture,
+                             int drop) const {
+    const QPoint place = (paper.topLeft() * m_ratio).toPoint();
+    const QSize size = (paper.size() * m_ratio).toSize();
+    QRect whole(QPoint(0, 0), picture.size());
+    whole.moveTo(place - QPoint((picture.width() - size.width()) / 2,
+                                (picture.height() - size.height()) / 2 - drop));
+    const QRect covered = QRect(place, size).adjusted(1, 1, -1, -1);
+    painter.save();
+    painter.scale(1 / m_ratio, 1 / m_ratio);
+    for (const QRect& strip : QRegion(whole).subtracted(covered)) {
+        painter.drawPixmap(strip.topLeft(), picture, strip.translated(-whole.topLeft()));
+    }
+    painter.restore();
 }
 
 QPixmap BrowserLook::dragPicture(const std::vector<PagePicture>& pages, std::size_t count) const {

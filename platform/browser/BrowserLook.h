@@ -11,6 +11,7 @@
 #include <QRect>
 #include <QString>
 #include <cstddef>
+#include <vector>
 
 class QPainter;
 
@@ -68,8 +69,13 @@ public:
 
 private:
     [[nodiscard]] QRectF paperIn(const QRectF& area, const PagePicture& picture) const;
-    [[nodiscard]] QPixmap shadow() const;
+    [[nodiscard]] QPixmap shadow(QSize paper) const;
+    [[nodiscard]] QPixmap halo(QSize paper) const;
+    void drawHalo(QPainter& painter, const QRectF& paper) const;
+    void drawAround(QPainter& painter, const QRectF& paper, const QPixmap& picture, int drop) const;
     void drawShadow(QPainter& painter, const QRectF& paper) const;
+    void drawFrame(QPainter& painter, const QRectF& paper, int thickness,
+                   const QColor& color) const;
     static void drawOutline(QPainter& painter, const QRectF& paper);
     void drawUndrawable(QPainter& painter, const QRectF& paper) const;
     void drawLabel(QPainter& painter, const QRect& cell, const CellLook& look) const;

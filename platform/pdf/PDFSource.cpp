@@ -1,12 +1,12 @@
 #include "platform/pdf/PDFSource.h"
 
 #include "platform/pdf/LabelRanges.h"
+#include "platform/pdf/OpeningFacts.h"
 #include "platform/pdf/PDFReader.h"
 #include "platform/pdf/Passwords.h"
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -18,30 +18,13 @@ namespace {
 constexpr std::size_t headerSearchLength = 1024; // where readers look for "%PDF-"
 constexpr double largestCoordinate = 1e9;
 
-PDFVersion parseVersion(std::string_view text) {
-    PDFVersion version;
-    if (text.size() >= 3 && std::isdigit(static_cast<unsigned char>(text[0])) != 0 &&
-        text[1] == '.' && std::isdigit(static_cast<unsigned char>(text[2])) != 0) {
-        version.major = text[0] - '0';
-        version.minor = text[2] - '0';
-    }
-    return version;
-}
-
 /// The version in a file's header, for files that cannot be opened yet.
 PDFVersion headerVersion(const FileDescriptor& descriptor, const std::filesystem::path& path) {
     std::array<char, headerSearchLength> head{};
     const auto got = readAt(descriptor, path, head, 0);
     const std::string_view text(head.data(), got ? *got : 0);
     const std::size_t mark = text.find("%PDF-");
-    return mark == std::string_view::npos ? PDFVersion{} : parseVersion(text.substr(mark + 5));
-}
-
-/// A later update may have raised the version in the catalogue (ISO 32000-1, 7.5.2).
-PDFVersion versionOf(QPDF& document) {
-    const PDFVersion header = parseVersion(document.getPDFVersion());
-    QPDFObjectHandle stated = document.getRoot().getKey("/Version");
-    return stated.isName() ? std::max(header, parseVersion(stated.getName().substr(1))) : header;
+    return mark == std::string_view::npos ? PDFVersion{} : PDFVersion::parse(text.substr(mark + 5));
 }
 
 PDFPermissions permissionsOf(QPDF& document) {
@@ -106,12 +89,18 @@ PDFSource::openShared(const std::filesystem::path& path, std::shared_ptr<const S
                       const std::string& password) {
     // The constructor is private, so std::make_shared cannot reach it.
     const std::shared_ptr<PDFSource> source(new PDFSource(path, std::move(file), password));
+    Facts& facts = source->m_facts;
+    const auto quick = readOpeningFacts(source->readerInput());
+    if (quick && source->verifyUnchanged()) {
+        facts.version = quick->version;
+        facts.pageCount = quick->pageCount;
+        return source;
+    }
     auto reader = PDFReader::open(source->readerInput());
     // Bytes that changed while they were read explain any complaint about them better.
     if (auto unchanged = source->verifyUnchanged(); !unchanged) {
         return tl::unexpected(unchanged.error());
     }
-    Facts& facts = source->m_facts;
     if (!reader) {
         if (reader.error().kind != PDFError::Kind::locked) {
             return tl::unexpected(std::move(reader.error()));
@@ -125,7 +114,8 @@ PDFSource::openShared(const std::filesystem::path& path, std::shared_ptr<const S
     auto read =
         guardLibrary(PDFError::Kind::notPDF, path, (*reader)->budget, [&]() -> PDFResult<void> {
             QPDF& document = *(*reader)->document;
-            facts.version = versionOf(document);
+            facts.version =
+                laterVersion(PDFVersion::parse(document.getPDFVersion()), document.getRoot());
             facts.encrypted = document.isEncrypted();
             facts.ownerPasswordMatched = facts.encrypted && document.ownerPasswordMatched();
             facts.permissions = permissionsOf(document);

@@ -3,6 +3,7 @@
 #include "platform/files/FileSnapshot.h"
 #include "platform/pdf/PDFError.h"
 #include "platform/pdf/PDFGeometry.h"
+#include "platform/pdf/PDFVersion.h"
 #include "platform/pdf/PageLabels.h"
 
 #include <cstddef>
@@ -18,13 +19,6 @@ namespace quillorn {
 
 struct PDFReader;
 struct PDFReaderInput;
-
-/// "1.7" as two numbers; 0.0 stands for a file that is no PDF.
-struct PDFVersion {
-    int major = 0;
-    int minor = 0;
-    auto operator<=>(const PDFVersion&) const = default;
-};
 
 /// What an encrypted file allows whoever opened it; everything when it is not encrypted or was
 /// opened with the owner's password.
@@ -53,6 +47,7 @@ struct PDFSourceAccess {
 /// nothing; a rewrite in place is either kept out by a snapshot (FileSnapshot.h) or noticed by
 /// `verifyUnchanged`. Opening reads the cross-reference table and, of a long document, just the
 /// number of pages that it states; page tree, boxes, rotations and labels are read when asked for.
+/// Where the table need not be read for that, it waits until then, too.
 ///
 /// All functions may be called from any thread; calls that read the file take turns.
 class PDFSource : public std::enable_shared_from_this<PDFSource> {

@@ -126,14 +126,18 @@ PageTree::PageTree(QPDF& document, Reading reading) {
 }
 
 std::optional<std::size_t> PageTree::statedPageCount(QPDF& document, std::uint64_t fileSize) {
-    QPDFObjectHandle root = document.getRoot().getKey("/Pages");
+    return statedPageCount(document.getRoot().getKey("/Pages"), document.getTrailer(), fileSize);
+}
+
+std::optional<std::size_t>
+PageTree::statedPageCount(QPDFObjectHandle root, QPDFObjectHandle trailer, std::uint64_t fileSize) {
     QPDFObjectHandle count = root.getKeyIfDict("/Count");
     if (!count.isInteger() || count.getIntValue() <= thoroughUpTo ||
         count.getIntValue() > mostPagesBelieved || !root.getKey("/Kids").isArray()) {
         return std::nullopt;
     }
     // Each page is an object of its own, and even compressed takes a byte.
-    QPDFObjectHandle objects = document.getTrailer().getKey("/Size");
+    QPDFObjectHandle objects = trailer.getKey("/Size");
     if (!objects.isInteger() || count.getIntValue() > objects.getIntValue() ||
         static_cast<std::uint64_t>(count.getIntValue()) > fileSize) {
         return std::nullopt;

@@ -40,6 +40,9 @@ public:
     /// more than a file of `fileSize` bytes can hold.
     [[nodiscard]] static std::optional<std::size_t> statedPageCount(QPDF& document,
                                                                     std::uint64_t fileSize);
+    /// The same of a root that was read by other means. It may be anything.
+    [[nodiscard]] static std::optional<std::size_t>
+    statedPageCount(QPDFObjectHandle root, QPDFObjectHandle trailer, std::uint64_t fileSize);
 
     /// A page and what it inherits, found by stepping down the stated counts.
     struct Located {

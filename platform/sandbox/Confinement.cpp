@@ -1,5 +1,6 @@
 #include "platform/sandbox/Confinement.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -19,21 +20,16 @@
 #include <unistd.h>
 #include <vector>
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define QUILLORN_UNDER_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define QUILLORN_UNDER_SANITIZER 1
-#endif
-#endif
-
 namespace quillorn {
 
 namespace {
 
+/// What the program allows itself is not meant for its workers; what it must not exceed is.
 void limit(__rlimit_resource_t resource, rlim_t value) {
-    const rlimit both{value, value};
-    ::setrlimit(resource, &both); // a lower limit that is set already stays
+    rlimit both{value, value};
+    ::getrlimit(resource, &both);
+    both.rlim_cur = both.rlim_max = std::min(value, both.rlim_max);
+    ::setrlimit(resource, &both);
 }
 
 bool allowReading(int rules, const char* path) {
@@ -148,9 +144,11 @@ void confineCalls() {
 } // namespace
 
 void limitResources(const ResourceLimits& limits) {
-#ifndef QUILLORN_UNDER_SANITIZER
+#ifndef QUILLORN_SANITIZERS
     if (limits.memory > 0) {
-        limit(RLIMIT_AS, limits.memory); // a sanitizer asks for more addresses than that
+        // A sanitizer asks for more addresses than that.
+        limit(RLIMIT_AS, limits.memory);
+        limit(RLIMIT_DATA, limits.memory);
     }
 #endif
     if (limits.processorTime.count() > 0) {

@@ -26,6 +26,8 @@ public:
 namespace preference_key {
 inline constexpr std::string_view saveFilePlace = "SaveFilePlace"; ///< the output folder
 inline constexpr std::string_view addFilePath = "AddFilePath";     ///< the open panel's last folder
+/// "true": text documents keep their own paper, margins, headers and footers.
+inline constexpr std::string_view keepPageSetup = "KeepPageSetup";
 } // namespace preference_key
 
 } // namespace quillorn

@@ -246,6 +246,11 @@ TEST(CommandLine, GlobalOptionsMayStandAnywhere) {
     }
 }
 
+TEST(CommandLine, OtherMachinesAreLeftAloneUnlessSaid) {
+    EXPECT_FALSE(composeOf({"--group", "A.pdf", "a.html"}).remoteResources);
+    EXPECT_TRUE(composeOf({"--group", "A.pdf", "a.html", "--remote-resources"}).remoteResources);
+}
+
 TEST(CommandLine, AfterTwoDashesEveryWordIsAFile) {
     const ComposeRequest request =
         composeOf({"--group", "A.pdf", "--", "--pages", "--group", "--", "-x", "--a=b"});

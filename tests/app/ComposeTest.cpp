@@ -78,6 +78,7 @@ TEST_F(ComposeTest, ReportsAsJson) {
                                                    {"notes", nlohmann::json::array()}}}},
                                                 {"refused", nlohmann::json::array()},
                                                 {"failed", nlohmann::json::array()},
+                                                {"notices", nlohmann::json::array()},
                                                 {"status", 0}}));
 }
 

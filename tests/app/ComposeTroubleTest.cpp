@@ -121,6 +121,7 @@ TEST_F(ComposeTroubleTest, RefusalsAreReportedAsJson) {
                                                    {"message", "empty.pdf is not a legal file."},
                                                    {"reason", "the file is empty"}}}},
                                                 {"failed", nlohmann::json::array()},
+                                                {"notices", nlohmann::json::array()},
                                                 {"status", 3}}));
 }
 

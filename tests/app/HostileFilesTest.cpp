@@ -18,7 +18,7 @@ using testing::IsEmpty;
 constexpr std::size_t mebibyte = 1U << 20U;
 constexpr std::uint64_t gibibyte = 1U << 30U;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef QUILLORN_SANITIZERS
 constexpr bool memoryIsLimited = false;
 #else
 constexpr bool memoryIsLimited = true;

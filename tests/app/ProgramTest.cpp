@@ -58,6 +58,7 @@ TEST_F(ProgramTest, AMistakeIsReportedAsJsonWhereJsonIsWanted) {
     EXPECT_EQ(reportIn(compose), nlohmann::json({{"outputs", nlohmann::json::array()},
                                                  {"refused", nlohmann::json::array()},
                                                  {"failed", nlohmann::json::array()},
+                                                 {"notices", nlohmann::json::array()},
                                                  {"error", "a.txt is not of a supported format."},
                                                  {"status", 2}}));
     const ProgramResult info = run({"info", "--json"});

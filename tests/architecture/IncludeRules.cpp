@@ -91,6 +91,22 @@ bool isImageDecoderHeader(std::string_view path) {
            std::ranges::find(names, path) != names.end();
 }
 
+// The office engine's own interfaces, which belong in a process of their own.
+bool isOfficeHeader(std::string_view path) {
+    constexpr std::array<std::string_view, 5> prefixes = {"com/sun/star/", "cppuhelper/", "rtl/",
+                                                          "osl/", "sal/"};
+    return std::ranges::any_of(
+        prefixes, [path](std::string_view prefix) { return path.starts_with(prefix); });
+}
+
+bool isEncodingHeader(std::string_view path) {
+    return path.starts_with("unicode/") || path.starts_with("uchardet/");
+}
+
+bool isPlistHeader(std::string_view path) {
+    return path.starts_with("plist/");
+}
+
 bool isQtHeader(std::string_view path) {
     const auto isUpperAt = [path](std::size_t index) {
         return index < path.size() && std::isupper(static_cast<unsigned char>(path[index])) != 0;
@@ -111,6 +127,9 @@ const std::vector<ThirdParty>& thirdParties() {
         {"libqpdf", isQpdfHeader, {"platform/pdf", "cmake/clang"}, {}},
         {"Poppler", isPopplerHeader, {"platform/render/worker"}, {}},
         {"an image decoder", isImageDecoderHeader, {"platform/imaging/worker"}, {}},
+        {"the office engine", isOfficeHeader, {"platform/office/bridge"}, {}},
+        {"an encodings library", isEncodingHeader, {"platform/office/text"}, {}},
+        {"libplist", isPlistHeader, {"platform/print", "support"}, {}},
         // Tests may put a pane's rules behind the real widgets.
         {"Qt Widgets", isQtWidgetsHeader, {"app", "platform/ui", "platform/browser", "tests"}, {}},
         {"Qt", isQtHeader, {}, {"support", "tests/support", "benchmarks/support"}},

@@ -16,21 +16,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define QUILLORN_UNDER_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define QUILLORN_UNDER_SANITIZER 1
-#endif
-#endif
-
 namespace quillorn::corpus {
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-#ifdef QUILLORN_UNDER_SANITIZER
+#ifdef QUILLORN_SANITIZERS
 constexpr bool limitsMemory = false;
 #else
 constexpr bool limitsMemory = true;

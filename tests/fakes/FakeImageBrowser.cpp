@@ -31,8 +31,7 @@ void FakeImageBrowser::setSelectionIndexes(const IndexSet& indexes, bool byExten
     IndexSet selection = byExtendingSelection ? m_selection : IndexSet();
     selection.insert(selection.end(), indexes.begin(), indexes.end());
     std::ranges::sort(selection);
-    const auto repeated = std::ranges::unique(selection);
-    selection.erase(repeated.begin(), repeated.end());
+    selection.erase(std::unique(selection.begin(), selection.end()), selection.end());
     for (const std::size_t index : selection) {
         EXPECT_LT(index, m_items.size()) << "selected an item that is not there";
     }

@@ -163,7 +163,7 @@ Program& Program::withFileSizeLimit(std::uint64_t bytes) {
 }
 
 Program& Program::withMemoryLimit(std::uint64_t bytes) {
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef QUILLORN_SANITIZERS
     m_memoryLimit = bytes;
 #else
     static_cast<void>(bytes);

@@ -126,19 +126,10 @@ TEST_F(FileRouteTest, TheCommandLineTakesWhatEitherOfTheOthersTakes) {
     EXPECT_EQ(commandLineRoute(file("a.jpg")), FileRoute::image);
     EXPECT_EQ(commandLineRoute(file("a.html")), FileRoute::html);
     EXPECT_EQ(commandLineRoute(file("a.txt")), FileRoute::richText);
-    EXPECT_EQ(commandLineRoute(file("a.doc")), FileRoute::word);
+    EXPECT_EQ(commandLineRoute(file("a.doc")), FileRoute::richText);
     EXPECT_EQ(commandLineRoute(file("a.pdf")), FileRoute::pdf);
     EXPECT_EQ(commandLineRoute(fileWith("photo", "GIF89a....")), FileRoute::image);
     EXPECT_EQ(commandLineRoute(file("scan-from-the-copier")), FileRoute::pdf);
-}
-
-TEST_F(FileRouteTest, OnlyFilesWhoseConverterIsThereGoWithoutAReason) {
-    EXPECT_EQ(missingConverterReason(FileRoute::pdf), "");
-    EXPECT_EQ(missingConverterReason(FileRoute::image), "");
-    for (const FileRoute route :
-         {FileRoute::html, FileRoute::richText, FileRoute::word, FileRoute::notLegal}) {
-        EXPECT_NE(missingConverterReason(route), "");
-    }
 }
 
 } // namespace

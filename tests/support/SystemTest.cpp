@@ -26,10 +26,10 @@ constexpr int64_t second = 10'000'000;
 } // namespace
 
 TEST(Object, ObjectsCompareEqualAndAssignNothing) {
-    CASObject first;
-    const CASObject second;
-    EXPECT_TRUE(first == second);
-    EXPECT_EQ(&(first = second), &first);
+    CASObject object;
+    const CASObject other;
+    EXPECT_TRUE(object == other);
+    EXPECT_EQ(&(object = other), &object);
     CASSize small(1, 2);
     EXPECT_TRUE(small.CASObject::operator==(CASSize(3, 4)));
     CASObject& base = small;

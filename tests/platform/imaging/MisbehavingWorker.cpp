@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <string>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -40,11 +41,13 @@ std::string whetherItMayRun() {
 std::string rights(const std::vector<char>& input) {
     const std::string path(input.begin(), input.end());
     const int connection = ::socket(AF_INET, SOCK_STREAM, 0);
-    std::string text = "read: " + whetherItMayOpen(path, O_RDONLY) +
-                       ", write: " + whetherItMayOpen(path + ".new", O_WRONLY | O_CREAT) +
-                       ", run: " + whetherItMayRun() +
-                       ", network: " + (connection >= 0 ? "yes" : "no");
-    return text;
+    const std::string text = "read: " + whetherItMayOpen(path, O_RDONLY) +
+                             ", write: " + whetherItMayOpen(path + ".new", O_WRONLY | O_CREAT) +
+                             ", run: " + whetherItMayRun() +
+                             ", network: " + (connection >= 0 ? "yes" : "no");
+    struct rlimit memory {};
+    ::getrlimit(RLIMIT_DATA, &memory);
+    return text + ", memory: " + std::to_string(memory.rlim_cur);
 }
 
 Decoded misbehave(const Task& task, std::vector<char>& input) {

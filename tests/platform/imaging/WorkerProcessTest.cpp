@@ -1,8 +1,10 @@
 #include "platform/imaging/WorkerProcess.h"
 
+#include "tests/fakes/MemoryLimit.h"
 #include "tests/fakes/TemporaryFolder.h"
 
 #include <chrono>
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <linux/landlock.h>
 #include <string>
@@ -64,13 +66,22 @@ TEST_F(WorkerProcessTest, AStopRequestEndsIt) {
     EXPECT_EQ(answer.image.error().kind, Kind::cancelled);
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef QUILLORN_SANITIZERS
 TEST_F(WorkerProcessTest, HoardingMemoryEnds) {
     job.limits.workerMemory = 512U << 20U;
     const WorkerAnswer answer = run(ImageFormat::ico);
     ASSERT_FALSE(answer.image);
     EXPECT_EQ(answer.image.error().kind, Kind::tooLarge);
     EXPECT_EQ(answer.image.error().reason, "it needs more memory than an image may take");
+}
+
+TEST_F(WorkerProcessTest, MayTakeMoreMemoryThanTheProgramAllowsItself) {
+    const tests::MemoryLimit ours(std::uint64_t{1} << 30U);
+    job.limits.workerMemory = std::uint64_t{3} << 30U;
+    const WorkerAnswer answer = run(ImageFormat::webp);
+    ASSERT_FALSE(answer.image);
+    EXPECT_NE(answer.image.error().reason.find("memory: 3221225472"), std::string::npos)
+        << answer.image.error().reason;
 }
 #endif
 

@@ -180,9 +180,10 @@ TEST_F(StreamFilters, UndoEveryFilterOfPNG) {
         const std::string parameters = "/DecodeParms << /Predictor 15 /Colors " +
                                        std::to_string(colors) + " /Columns " +
                                        std::to_string(columns) + " >>";
-        EXPECT_TRUE(decodes("/FlateDecode", parameters, [colors](const std::string& data) {
-            return deflated(pngRows(data, static_cast<std::size_t>(colors)));
-        })) << colors;
+        const auto bytes = static_cast<std::size_t>(colors);
+        EXPECT_TRUE(decodes("/FlateDecode", parameters, [bytes](const std::string& data) {
+            return deflated(pngRows(data, bytes));
+        })) << bytes;
     }
 }
 

@@ -13,7 +13,7 @@ namespace quillorn::tests {
 /// So many things in a file. The sanitizers look at each access, not at how the work grows, and
 /// make everything slower by an order of magnitude: an eighth serves them.
 constexpr std::size_t many(std::size_t count) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef QUILLORN_SANITIZERS
     return count / 8;
 #else
     return count;

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/files/FileError.h"
+#include "platform/print/DevTools.h"
+#include "platform/process/ChildFolder.h"
+#include "platform/process/ChildProcess.h"
+
+#include <filesystem>
+#include <memory>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace quillorn {
+
+/// The headless browser that lays pages out: one child process for a run of the program, started
+/// when a page first needs it and kept for the next ones. It works with a fresh profile in a
+/// private folder, under limits, without privileges, and without a network unless that is wanted.
+///
+/// Used by one WebView at a time, on one thread. The destructor ends it.
+class WebEngine {
+public:
+    struct Options {
+        bool network = false; ///< whether pages may fetch from other machines
+        /// The browsers to try, best first.
+        std::vector<std::filesystem::path> programs = installedPrograms();
+        std::uint64_t dataBytes = std::uint64_t{2} << 30U; ///< memory of each of its processes
+    };
+
+    WebEngine() : WebEngine(Options()) {}
+    explicit WebEngine(Options options) : m_options(std::move(options)) {}
+    WebEngine(const WebEngine&) = delete;
+    WebEngine& operator=(const WebEngine&) = delete;
+    ~WebEngine();
+
+    /// The connection to the running browser, which is started unless it runs. Stays valid until
+    /// the next call of this or of `end`. The error says why there is none.
+    [[nodiscard]] FileResult<DevTools*> connect(const std::stop_token& stop = {});
+
+    /// Ends the browser. The next `connect` starts another.
+    void end();
+
+    [[nodiscard]] bool hasNetwork() const { return m_options.network; }
+    /// 0 while it does not run.
+    [[nodiscard]] pid_t processGroup() const { return m_run ? m_run->child.processGroup() : 0; }
+
+    /// The browsers of this system that can be used, best first: absolute paths.
+    [[nodiscard]] static std::vector<std::filesystem::path> installedPrograms();
+
+private:
+    struct Run {
+        Run(ChildFolder profileFolder, ChildProcess process)
+            : folder(std::move(profileFolder)), child(std::move(process)), devTools(child) {}
+        ChildFolder folder; ///< outlives the process
+        ChildProcess child;
+        DevTools devTools;
+    };
+
+    FileResult<std::unique_ptr<Run>> start(const std::filesystem::path& program,
+                                           const std::stop_token& stop) const;
+
+    Options m_options;
+    std::unique_ptr<Run> m_run;
+};
+
+} // namespace quillorn

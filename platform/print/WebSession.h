@@ -1,0 +1,83 @@
+#pragma once
+
+#include "platform/print/DevTools.h"
+#include "platform/print/WebContent.h"
+#include "platform/print/WebEngine.h"
+#include "platform/print/WebError.h"
+#include "platform/print/WebRequests.h"
+
+#include <set>
+#include <stop_token>
+#include <string>
+#include <utility>
+
+namespace quillorn {
+
+/// One page in the web engine, apart from all others, and the talk about it: requests with their
+/// answers, and events that are dealt with whenever something is waited for. Script dialogs are
+/// dismissed, downloads and further windows denied.
+class WebSession {
+public:
+    using Clock = DevTools::Clock;
+    using JSON = DevTools::JSON;
+
+    /// `engine` and `content` outlive this object.
+    WebSession(WebEngine& engine, const WebContent& content, std::stop_token stop);
+    WebSession(const WebSession&) = delete;
+    WebSession& operator=(const WebSession&) = delete;
+    /// Gives the page up. A page that misbehaved takes the engine along.
+    ~WebSession();
+
+    /// Opens an empty page of this size, in pixels.
+    WebResult<void> open(int width, int height, Clock::time_point deadline);
+
+    /// Sends a request about the page and waits for its answer.
+    WebResult<JSON> call(const std::string& method, JSON parameters, Clock::time_point deadline);
+    /// Sends one whose answer is of no interest.
+    void tell(const std::string& method, JSON parameters);
+    /// Runs a script where the page's own scripts can neither see nor change what it uses.
+    /// Returns what the engine says of its value.
+    WebResult<JSON> evaluate(const std::string& script, Clock::time_point deadline);
+
+    /// Deals with what happens until the deadline or the next event; `done` stands for an event.
+    [[nodiscard]] WebWait waitForEvent(Clock::time_point deadline);
+    /// What a wait that did not go well means for the page.
+    [[nodiscard]] WebError errorOf(WebWait wait) const;
+
+    /// Whether the page that the main frame shows, and is to show, is complete.
+    [[nodiscard]] bool hasLoaded() const {
+        return m_loaded.contains(m_loader) && !m_requests.isFollowing();
+    }
+    /// Takes the page of this loader for the one to wait for, unless it leads on to another.
+    void setLoader(std::string loader) { m_loader = std::move(loader); }
+    [[nodiscard]] bool hasCrashed() const { return m_hasCrashed; }
+    [[nodiscard]] WebRequests& requests() { return m_requests; }
+    /// The style sheets seen since "CSS.enable".
+    [[nodiscard]] const std::set<std::string>& styleSheets() const { return m_styleSheets; }
+    /// From now on the page counts as well behaved: the engine may be kept.
+    void setFine() { m_isFine = true; }
+
+private:
+    /// Makes a place for the page in the engine, which is started if need be.
+    WebResult<void> makeContext(Clock::time_point deadline);
+    void deal(const JSON& message);
+    WebResult<JSON> request(const std::string& method, JSON parameters, const std::string& session,
+                            Clock::time_point deadline);
+
+    WebEngine& m_engine;
+    WebRequests m_requests;
+    std::stop_token m_stop;
+    DevTools* m_devTools = nullptr; ///< the engine's; null before `open`
+    std::string m_context;
+    std::string m_target;
+    std::string m_session;
+    std::set<std::string> m_sessions; ///< the page's and those of its frames and workers
+    std::string m_loader;             ///< of the main frame's document
+    std::set<std::string> m_loaded;   ///< loaders whose documents are complete
+    std::set<std::string> m_styleSheets;
+    int m_world = 0; ///< our own scripts' context; 0 before the first
+    bool m_hasCrashed = false;
+    bool m_isFine = false;
+};
+
+} // namespace quillorn

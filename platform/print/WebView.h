@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/print/ExactPaper.h"
+#include "platform/print/PrintInfo.h"
+#include "platform/print/WebContent.h"
+#include "platform/print/WebEngine.h"
+#include "platform/print/WebError.h"
+#include "platform/print/WebSession.h"
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <stop_token>
+
+namespace quillorn {
+
+/// Loads a web page into the engine and prints it to a PDF file.
+///
+/// Loading ends with the page's load event, and at half of the time limit in any case: what is
+/// there by then is printed. Pictures and styles that are missing do not hold it up; other
+/// machines, where they may be asked at all, are given up when they keep silent, and the page is
+/// loaded without them. Then scripts are switched off, so that nothing changes any more, and the
+/// page is laid out for the paper with our margins, whatever its own "@page" rules say.
+///
+/// One page after the other, on one thread.
+class WebView {
+public:
+    struct Limits {
+        std::chrono::milliseconds time{60'000};   ///< for loading and printing together
+        std::chrono::milliseconds silence{1'900}; ///< of other machines, altogether
+        double sheets = 5'000;                    ///< a page that is longer than so many is refused
+    };
+
+    /// `engine` outlives this object.
+    explicit WebView(WebEngine& engine) : WebView(engine, Limits()) {}
+    WebView(WebEngine& engine, Limits limits) : m_engine(engine), m_limits(limits) {}
+
+    /// Loads a page to be printed on paper like `info`'s, in place of the one before.
+    WebResult<void> load(std::unique_ptr<WebContent> content, const PrintInfo& info,
+                         const std::stop_token& stop = {});
+
+    /// Prints the loaded page. The file at `info.savePath` is complete afterwards, or as it was
+    /// before. Call it once for each `load`, whose stop token holds here, too.
+    WebResult<void> print(const PrintInfo& info);
+
+private:
+    using Clock = DevTools::Clock;
+
+    /// Lets the engine fetch the page, again if need be.
+    WebResult<void> navigate();
+    WebResult<void> waitForLoad();
+    /// Ends loading and scripts of a page that does not come to its end.
+    void cutShort();
+    WebResult<void> prepareForPaper(const PrintInfo& info);
+    WebResult<void> setPageRules(const PrintInfo& info);
+    WebResult<void> save(const std::string& stream, ExactPaper& paper, const PrintInfo& info);
+
+    WebEngine& m_engine;
+    Limits m_limits;
+    std::unique_ptr<WebContent> m_content; ///< outlives m_session
+    std::optional<WebSession> m_session;
+    Clock::time_point m_start;
+    bool m_isCutShort = false;
+};
+
+} // namespace quillorn

@@ -1,0 +1,205 @@
+#include "tests/app/ProgramFixture.h"
+#include "tests/fakes/ChildProcess.h"
+#include "tests/fakes/PDFContents.h"
+#include "tests/fakes/TestServer.h"
+#include "tests/fakes/WebArchiveFile.h"
+
+#include <algorithm>
+#include <charconv>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace quillorn::tests {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+/// Processes whose command line mentions a folder, which every engine of this test does.
+std::vector<pid_t> processesWith(const std::string& folder) {
+    std::vector<pid_t> found;
+    for (const auto& entry : fs::directory_iterator("/proc")) {
+        const std::string name = entry.path().filename().string();
+        pid_t process = 0;
+        std::from_chars(name.data(), name.data() + name.size(), process);
+        std::ifstream file(entry.path() / "cmdline");
+        std::string words;
+        std::getline(file, words);
+        if (process > 0 && words.find(folder) != std::string::npos) {
+            found.push_back(process);
+        }
+    }
+    return found;
+}
+
+class WebPagesTest : public ProgramFixture {
+protected:
+    WebPagesTest() {
+        // The engine works without privileges, in the folder for temporary files.
+        fs::permissions(folders.path(), fs::perms::all);
+        fs::permissions(temporary, fs::perms::all);
+        writeFile(work / "page.html", "<p>a page</p>");
+    }
+    [[nodiscard]] std::vector<std::string> composing(const std::vector<std::string>& files) const {
+        std::vector<std::string> words = {"compose", "--output-folder", "out", "--group", "A.pdf"};
+        words.insert(words.end(), files.begin(), files.end());
+        return words;
+    }
+    [[nodiscard]] std::vector<pid_t> engines() const { return processesWith(temporary.string()); }
+
+    const fs::path out = work / "out";
+};
+
+TEST_F(WebPagesTest, ArePagesLikeOthers) {
+    pdf("plain.pdf", 2);
+    writeFile(
+        work / "b.webarchive",
+        binaryWebArchive({{"http://a.example/", "text/html", "<p>an archive</p>", ""}, {}, {}}));
+    fs::create_directory(work / "other");
+    writeFile(work / "other" / "page.html", "<p>another page</p>");
+    const ProgramResult result =
+        run(composing({"plain.pdf", "--pages", "1", "page.html", "b.webarchive", "--rotate", "90",
+                       "other/page.html", "page.html"}));
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_THAT(pageTexts(out / "A.pdf"), ElementsAre("Page 1 of plain.pdf", "a page", "an archive",
+                                                      "another page", "a page"));
+    EXPECT_EQ(complaintsAbout(out / "A.pdf"), "");
+    EXPECT_THAT(litter(), IsEmpty());
+    EXPECT_THAT(engines(), IsEmpty());
+}
+
+TEST_F(WebPagesTest, ThatCannotBePrintedAreRefusedAndNothingIsWritten) {
+    writeFile(work / "bad.webarchive", "no archive");
+    const ProgramResult result = run(composing({"page.html", "bad.webarchive"}));
+    EXPECT_EQ(result.status, 3);
+    EXPECT_THAT(result.errors, HasSubstr("bad.webarchive is not a legal file.\n"));
+    EXPECT_THAT(result.errors, HasSubstr("it is no property list, which a web archive is"));
+    EXPECT_FALSE(fs::exists(out / "A.pdf"));
+    EXPECT_THAT(litter(), IsEmpty());
+}
+
+TEST_F(WebPagesTest, AskNoOtherMachineUnlessThatIsWanted) {
+    const TestServer server([](const std::string&) {
+        return TestServer::page("text/css", "p::after{content:' with style'}");
+    });
+    writeFile(work / "page.html",
+              "<link rel=stylesheet href='" + server.url() + "/a.css'><p>a page</p>");
+    EXPECT_EQ(run(composing({"page.html"})).status, 0);
+    EXPECT_THAT(pageTexts(out / "A.pdf"), ElementsAre("a page"));
+    EXPECT_EQ(server.visitors(), 0);
+    std::vector<std::string> words = composing({"page.html"});
+    words.insert(words.begin() + 1, "--remote-resources");
+    EXPECT_EQ(run(words).status, 0);
+    EXPECT_THAT(pageTexts(out / "A.pdf"), ElementsAre("a page with style"));
+}
+
+TEST_F(WebPagesTest, NeedNothingWhenThereAreNone) {
+    pdf("plain.pdf", 1);
+    // Where neither module nor keeper nor engine could be found.
+    const fs::path alone = folders / "alone";
+    fs::create_directory(alone);
+    fs::copy_file(QUILLORN_PROGRAM, alone / "program");
+    const auto runAlone = [&](const std::vector<std::string>& files) {
+        return Program((alone / "program").string(), composing(files))
+            .inFolder(work)
+            .with("TMPDIR", temporary.string())
+            .run();
+    };
+    EXPECT_EQ(runAlone({"plain.pdf"}).status, 0);
+    const ProgramResult refused = runAlone({"page.html"});
+    EXPECT_EQ(refused.status, 3);
+    EXPECT_THAT(refused.errors, HasSubstr("quillorn-web.so"));
+}
+
+TEST_F(WebPagesTest, AreConvertedForAnOrdinaryUser) {
+    // The program where anybody may come.
+    const fs::path installed = folders / "installed";
+    fs::create_directory(installed);
+    for (const char* const name : {"quillorn-folivane", "quillorn-web.so", "quillorn-keeper"}) {
+        fs::copy_file(fs::path(QUILLORN_PROGRAM).parent_path() / name, installed / name);
+    }
+    for (const fs::path& folder : {work, home, temporary}) {
+        giveToOrdinaryUser(folder);
+    }
+    const ProgramResult result =
+        Program((installed / "quillorn-folivane").string(), composing({"page.html"}))
+            .inFolder(work)
+            .with("HOME", home.string())
+            .with("TMPDIR", temporary.string())
+            .asOrdinaryUser()
+            .run();
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_THAT(pageTexts(out / "A.pdf"), ElementsAre("a page"));
+    EXPECT_THAT(litter(), IsEmpty());
+}
+
+class EndingWebPages : public WebPagesTest {
+protected:
+    /// Starts composing a page that keeps the engine busy for long, and waits until it does.
+    [[nodiscard]] RunningProgram startedJob() const {
+        writeFile(work / "endless.html", "<p>text</p><script src='" + server.url() +
+                                             "/a.js'></script><script>for(;;){}</script>");
+        std::vector<std::string> words = composing({"page.html", "endless.html"});
+        words.insert(words.begin() + 1, "--remote-resources");
+        RunningProgram running = program(words).start();
+        EXPECT_TRUE(waitUntil([&]() { return server.visitors() > 0; }));
+        return running;
+    }
+
+    const TestServer server{
+        [](const std::string&) { return TestServer::page("text/javascript", ""); }};
+};
+
+TEST_F(EndingWebPages, ASignalEndsTheConversionAndLeavesNothing) {
+    RunningProgram job = startedJob();
+    EXPECT_THAT(engines(), Not(IsEmpty()));
+    job.signal(SIGINT);
+    EXPECT_EQ(job.wait().status, 128 + SIGINT);
+    EXPECT_THAT(engines(), IsEmpty());
+    EXPECT_THAT(litter(), IsEmpty());
+    EXPECT_FALSE(fs::exists(out));
+}
+
+TEST_F(EndingWebPages, NoEngineSurvivesAKilledProgramAndTheNextRunCleansUp) {
+    RunningProgram job = startedJob();
+    EXPECT_THAT(engines(), Not(IsEmpty()));
+    job.signal(SIGKILL);
+    EXPECT_EQ(job.wait().status, -SIGKILL);
+    EXPECT_TRUE(waitUntil([&]() { return engines().empty(); }));
+    EXPECT_FALSE(fs::exists(out));
+    EXPECT_THAT(litter(), Not(IsEmpty()));
+    EXPECT_EQ(run(composing({"page.html"})).status, 0);
+    EXPECT_THAT(pageTexts(out / "A.pdf"), ElementsAre("a page"));
+    EXPECT_THAT(litter(), IsEmpty());
+}
+
+TEST_F(EndingWebPages, ASecondSignalEndsEverythingAtOnce) {
+    RunningProgram job = startedJob();
+    job.signal(SIGTERM);
+    job.signal(SIGTERM);
+    EXPECT_EQ(job.wait().status, 128 + SIGTERM);
+    EXPECT_TRUE(waitUntil([&]() { return engines().empty(); }));
+}
+
+TEST_F(EndingWebPages, AKilledEngineFailsItsPageOnly) {
+    RunningProgram job = startedJob();
+    for (const pid_t engine : engines()) {
+        ::kill(engine, SIGKILL);
+    }
+    const ProgramResult result = job.wait();
+    EXPECT_EQ(result.status, 3);
+    EXPECT_THAT(result.errors, HasSubstr("endless.html is not a legal file."));
+    EXPECT_EQ(run(composing({"page.html"})).status, 0);
+    EXPECT_THAT(litter(), IsEmpty());
+}
+
+} // namespace
+} // namespace quillorn::tests

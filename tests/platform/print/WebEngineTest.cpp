@@ -1,0 +1,106 @@
+#include "tests/fakes/Environment.h"
+#include "tests/fakes/Program.h"
+#include "tests/platform/print/WebFixture.h"
+
+#include <csignal>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace quillorn::tests {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class WebEngineTest : public WebFixture {};
+
+TEST_F(WebEngineTest, IsStartedForTheFirstPageAndKept) {
+    engine().end();
+    EXPECT_EQ(engine().processGroup(), 0);
+    static_cast<void>(printed("one"));
+    const pid_t first = engine().processGroup();
+    EXPECT_GT(first, 0);
+    static_cast<void>(printed("two"));
+    EXPECT_EQ(engine().processGroup(), first);
+}
+
+TEST_F(WebEngineTest, ThatWasKilledMeanwhileIsReplaced) {
+    static_cast<void>(printed("one"));
+    const pid_t first = engine().processGroup();
+    ASSERT_EQ(::kill(first, SIGKILL), 0);
+    EXPECT_THAT(printed("two"), HasSubstr("two"));
+    EXPECT_NE(engine().processGroup(), first);
+}
+
+/// A page whose script is asked for and never given: the engine dies over it.
+class DeadlyContent final : public WebContent {
+public:
+    explicit DeadlyContent(WebEngine& engine) : m_engine(engine) {}
+    [[nodiscard]] const std::string& startURL() const override { return m_start; }
+    [[nodiscard]] std::optional<WebResource> find(const std::string& url) const override {
+        if (url != m_start) {
+            ::kill(-m_engine.processGroup(), SIGKILL);
+        }
+        return WebResource{"<p>text</p><script src=deadly.js></script>", "text/html"};
+    }
+
+private:
+    WebEngine& m_engine;
+    std::string m_start = "http://deadly.example/";
+};
+
+TEST_F(WebEngineTest, ThatIsKilledMidwayFailsThatPageOnly) {
+    const auto result = print(std::make_unique<DeadlyContent>(engine()));
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().kind, WebError::Kind::refused);
+    EXPECT_EQ(result.error().reason, "the web engine ended while it worked on it");
+    EXPECT_FALSE(fs::exists(output));
+    EXPECT_THAT(printed("two"), HasSubstr("two"));
+}
+
+TEST_F(WebEngineTest, LeavesNothingBehind) {
+    fs::create_directory(folders / "tmp");
+    fs::permissions(folders.path(), fs::perms::all);
+    fs::permissions(folders / "tmp", fs::perms::all);
+    const EnvironmentVariable temporary("TMPDIR", (folders / "tmp").string());
+    engine().end();
+    static_cast<void>(printed("one"));
+    EXPECT_EQ(namesIn(folders / "tmp").size(), 1U);
+    engine().end();
+    EXPECT_THAT(namesIn(folders / "tmp"), IsEmpty());
+}
+
+TEST_F(WebEngineTest, ThatIsMissingIsAReason) {
+    WebEngine::Options options;
+    options.programs = {};
+    WebEngine none(options);
+    auto content = FolderContent::open(file("page.html", "x"));
+    ASSERT_TRUE(content);
+    const auto result = WebView(none).load(std::move(*content), printInfoFor(output));
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().kind, WebError::Kind::noEngine);
+    EXPECT_EQ(result.error().reason,
+              "no web engine is installed (such as chromium-headless-shell)");
+}
+
+TEST_F(WebEngineTest, ThatDoesNotWorkIsFollowedByTheNext) {
+    WebEngine::Options options;
+    options.programs.insert(options.programs.begin(), {"/no/such/browser", "/bin/false"});
+    WebEngine second(options);
+    const auto connected = second.connect();
+    ASSERT_TRUE(connected) << connected.error().reason;
+    options.programs = {"/no/such/browser", "/bin/false"};
+    WebEngine broken(options);
+    const auto failed = broken.connect();
+    ASSERT_FALSE(failed);
+    EXPECT_EQ(failed.error().file, "/bin/false");
+    EXPECT_EQ(failed.error().reason, "it ended with status 1");
+}
+
+} // namespace
+} // namespace quillorn::tests
