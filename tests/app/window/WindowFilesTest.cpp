@@ -71,6 +71,25 @@ TEST_F(WindowFilesTest, TheFirstFileBringsTheWorkingSizeAndTheToolbar) {
     }
 }
 
+TEST_F(WindowFilesTest, AHiddenToolbarStaysHiddenInTheNextRun) {
+    start();
+    open({pdf("a.pdf", 3)});
+    QToolBar* const shown = window().findChild<QToolBar*>();
+    ASSERT_NE(shown, nullptr);
+    EXPECT_TRUE(shown->toggleViewAction()->isChecked());
+    shown->toggleViewAction()->trigger();
+    answerAlert("Yes");
+    ASSERT_TRUE(window().close());
+    preferencesAtStart = preferencesNow();
+    stop();
+    start();
+    open({(files / "a.pdf").string()});
+    QToolBar* const next = window().findChild<QToolBar*>();
+    ASSERT_NE(next, nullptr);
+    EXPECT_FALSE(next->isVisible());
+    EXPECT_TRUE(menus().view.actions().contains(next->toggleViewAction()));
+}
+
 TEST_F(WindowFilesTest, FilesOfThePanelBecomeGroups) {
     start();
     chooseFiles({pdf("a.pdf", 3), picture("b.png")});

@@ -51,6 +51,7 @@ WindowFixture::~WindowFixture() {
 void WindowFixture::start() {
     auto preferences = std::make_unique<MemoryPreferences>();
     preferences->m_values = preferencesAtStart;
+    m_preferences = preferences.get();
     m_program = std::make_unique<WindowProgram>(WindowProgram::Surroundings{
         QUILLORN_PROGRAM_FOLDER, Resources({std::filesystem::path(QUILLORN_PROGRAM_FOLDER) /
                                             "resources"}),

@@ -31,6 +31,10 @@ protected:
     void start();
     /// Ends it, as the end of the process would.
     void stop() { m_program.reset(); }
+    /// What the program has remembered so far.
+    [[nodiscard]] std::map<std::string, std::string, std::less<>> preferencesNow() const {
+        return m_preferences->m_values;
+    }
     [[nodiscard]] WindowProgram& program() { return *m_program; }
     [[nodiscard]] MainWindow& window() { return m_program->window(); }
     [[nodiscard]] WindowMenus& menus() { return m_program->window().menus(); }
@@ -91,6 +95,7 @@ private:
     std::vector<Script> m_scripts;
     QObject m_context; ///< of the timers
     std::unique_ptr<WindowProgram> m_program;
+    MemoryPreferences* m_preferences = nullptr; ///< the program's
 };
 
 /// Types into a line of a dialog, replacing what is there.
