@@ -14,7 +14,7 @@ namespace quillorn {
 
 namespace {
 
-constexpr qreal grid = 24;        // units of the drawings below, both ways
+constexpr qreal grid = 24;         // units of the drawings below, both ways
 constexpr qreal strokeWidth = 1.7; // in the same units
 
 struct Drawing {

@@ -78,8 +78,7 @@ bool sendAll(int descriptor, std::string_view data, Clock::time_point deadline) 
         const ssize_t sent = ::send(descriptor, data.data(), data.size(), MSG_NOSIGNAL);
         if (sent >= 0) {
             data.remove_prefix(static_cast<std::size_t>(sent));
-        } else if (errno != EINTR &&
-                   (errno != EAGAIN || !waitFor(descriptor, POLLOUT, deadline))) {
+        } else if (errno != EINTR && (errno != EAGAIN || !waitFor(descriptor, POLLOUT, deadline))) {
             return false;
         }
     }
@@ -118,9 +117,9 @@ FileResult<void> handOverOnce(const std::filesystem::path& file, const std::stri
         return tl::unexpected(address.error());
     }
     const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (!socket.isOpen() ||
-        ::connect(socket.get(), generic(*address), sizeof *address) != 0) {
-        return tl::unexpected(FileError::fromErrno(file, errno, "cannot reach the running program"));
+    if (!socket.isOpen() || ::connect(socket.get(), generic(*address), sizeof *address) != 0) {
+        return tl::unexpected(
+            FileError::fromErrno(file, errno, "cannot reach the running program"));
     }
     if (!sendAll(socket.get(), message, deadline) || ::shutdown(socket.get(), SHUT_WR) != 0 ||
         receiveAll(socket.get(), deadline) != answer) {

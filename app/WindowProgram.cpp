@@ -142,6 +142,7 @@ bool WindowProgram::shouldClose() {
         return false;
     }
     m_isClosed = true;
+    m_mainThread.close(); // what still comes in must not show alerts of its own now
     rememberToolbar();
     if (ImageViewSec::applicationShouldTerminateAfterLastWindowClosed()) {
         QMetaObject::invokeMethod(qApp, &QApplication::quit, Qt::QueuedConnection);

@@ -117,8 +117,8 @@ TEST_F(WindowFilesTest, TheImportPanelOffersWebPagesAndDocuments) {
     menus().importDocuments.trigger();
     waitFor("the panel", [this]() { return allShown(); });
     ASSERT_EQ(filters.size(), 1);
-    for (const char* const pattern : {"*.html", "*.webarchive", "*.rtf", "*.docx", "*.txt", "*.pdf",
-                                      "*.PDF"}) {
+    for (const char* const pattern :
+         {"*.html", "*.webarchive", "*.rtf", "*.docx", "*.txt", "*.pdf", "*.PDF"}) {
         EXPECT_THAT(filters.front().toStdString(), HasSubstr(pattern));
     }
 }
@@ -186,7 +186,8 @@ TEST_F(WindowFilesTest, ALockedFileOpensWithItsPassword) {
     });
     program().openFiles({lockedPDF("private.pdf")});
     waitFor("the file", [this]() { return !sourceTitles().empty(); });
-    EXPECT_EQ(text, "Infomation !: private.pdf has been encrypted,do you want to enter a password?");
+    EXPECT_EQ(text,
+              "Infomation !: private.pdf has been encrypted,do you want to enter a password?");
     EXPECT_THAT(sourceTitles(), ElementsAre("private.pdf"));
 }
 
@@ -208,8 +209,7 @@ TEST_F(WindowFilesTest, AWrongPasswordIsToldOf) {
 TEST_F(WindowFilesTest, ThePasswordWindowCanBeLeft) {
     start();
     answerAlert("OK");
-    whenShown("passwordWindow",
-              [](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    whenShown("passwordWindow", [](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
     program().openFiles({lockedPDF("private.pdf")});
     waitFor("both windows", [this]() { return allShown(); });
     waitFor("no window is left", []() { return QApplication::activeModalWidget() == nullptr; });

@@ -39,7 +39,8 @@ WindowFixture::WindowFixture()
         std::filesystem::create_directory(folder);
     }
     const std::filesystem::path opener = folders / "bin" / "xdg-open";
-    writeFile(opener, "#!/bin/sh\nprintf '%s\\n' \"$1\" >>'" + (folders / "opened").string() + "'\n");
+    writeFile(opener,
+              "#!/bin/sh\nprintf '%s\\n' \"$1\" >>'" + (folders / "opened").string() + "'\n");
     std::filesystem::permissions(opener, std::filesystem::perms::owner_all);
 }
 
@@ -53,9 +54,9 @@ void WindowFixture::start() {
     preferences->m_values = preferencesAtStart;
     m_preferences = preferences.get();
     m_program = std::make_unique<WindowProgram>(WindowProgram::Surroundings{
-        QUILLORN_PROGRAM_FOLDER, Resources({std::filesystem::path(QUILLORN_PROGRAM_FOLDER) /
-                                            "resources"}),
-        home.string(), std::move(preferences)});
+        QUILLORN_PROGRAM_FOLDER,
+        Resources({std::filesystem::path(QUILLORN_PROGRAM_FOLDER) / "resources"}), home.string(),
+        std::move(preferences)});
     m_program->start();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window(), patience));
     window().activateWindow();
@@ -205,8 +206,7 @@ void type(QDialog& dialog, const char* line, const std::string& text) {
 
 void click(QDialog& dialog, const std::string& button) {
     for (QAbstractButton* const candidate : dialog.findChildren<QAbstractButton*>()) {
-        if (plain(candidate->text()) == button ||
-            candidate->objectName().toStdString() == button) {
+        if (plain(candidate->text()) == button || candidate->objectName().toStdString() == button) {
             QTest::mouseClick(candidate, Qt::LeftButton);
             return;
         }
