@@ -22,9 +22,9 @@
 
 namespace {
 
-constexpr int resolution = 300;        // dots per inch
-constexpr qreal bodySize = 10.5;       // points
-constexpr qreal margin = 22;           // millimetres
+constexpr int resolution = 300;  // dots per inch
+constexpr qreal bodySize = 10.5; // points
+constexpr qreal margin = 22;     // millimetres
 constexpr qreal millimetresPerInch = 25.4;
 constexpr qreal pointsPerInch = 72;
 
@@ -53,9 +53,8 @@ void dress(QTextDocument& document) {
             format.setBorderBrush(QColor(200, 208, 220));
             format.setBorderCollapse(true);
             format.setCellPadding(3 * resolution / pointsPerInch);
-            format.setColumnWidthConstraints(
-                {QTextLength(QTextLength::PercentageLength, 35),
-                 QTextLength(QTextLength::PercentageLength, 65)});
+            format.setColumnWidthConstraints({QTextLength(QTextLength::PercentageLength, 35),
+                                              QTextLength(QTextLength::PercentageLength, 65)});
             table->setFormat(format);
         }
     }

@@ -59,8 +59,8 @@ PaneMenus::PaneMenus(QMenu& menu, QMenu& contextMenu, const QString& closeText,
       iClearMenu(add(contextMenu, {clearText, "clear"})),
       iZoomIn(&addBehindSeparator(contextMenu, {QObject::tr("Zoom &In"), "zoomIn"})),
       iZoomOut(add(contextMenu, {QObject::tr("Zoom &Out"), "zoomOut"})),
-      iCollapseAll(&addBehindSeparator(contextMenu,
-                                       {QObject::tr("&Expand or Collapse All"), "collapse"})) {}
+      iCollapseAll(
+          &addBehindSeparator(contextMenu, {QObject::tr("&Expand or Collapse All"), "collapse"})) {}
 
 WindowMenus::WindowMenus(QMainWindow& window)
     : application(menuOf(window, QObject::tr("&Quillorn"))),
@@ -76,24 +76,22 @@ WindowMenus::WindowMenus(QMainWindow& window)
       about(add(application, {QString(), "info"})),
       hide(add(application, {QString(), {}, {keys(Qt::CTRL | Qt::Key_H)}})),
       quit(&addBehindSeparator(application, {QString(), "quit", {keys(Qt::CTRL | Qt::Key_Q)}})),
-      addFiles(
-          addTo(file, {QObject::tr("&Add Files…"), "add", {keys(Qt::CTRL | Qt::Key_O)}})),
-      importDocuments(addTo(file, {QObject::tr("&Import Documents…"),
-                                   "import",
-                                   {keys(Qt::CTRL | Qt::SHIFT | Qt::Key_O)}})),
+      addFiles(addTo(file, {QObject::tr("&Add Files…"), "add", {keys(Qt::CTRL | Qt::Key_O)}})),
+      importDocuments(addTo(
+          file,
+          {QObject::tr("&Import Documents…"), "import", {keys(Qt::CTRL | Qt::SHIFT | Qt::Key_O)}})),
       newGroup(addBehindSeparator(
           file, {QObject::tr("&New Output Group…"), "newGroup", {keys(Qt::CTRL | Qt::Key_N)}})),
       save(add(file, {QObject::tr("&Save…"), "save", {keys(Qt::CTRL | Qt::Key_S)}})),
       close(addBehindSeparator(
           file, {QObject::tr("&Close Selected"), "close", {keys(Qt::CTRL | Qt::Key_W)}})),
       copyPages(addTo(edit, {QObject::tr("&Copy Pages"), "copy", {keys(Qt::CTRL | Qt::Key_C)}})),
-      pastePages(addTo(edit, {QObject::tr("&Paste Pages into Output"),
-                              "paste",
-                              {keys(Qt::CTRL | Qt::Key_V)}})),
+      pastePages(addTo(
+          edit, {QObject::tr("&Paste Pages into Output"), "paste", {keys(Qt::CTRL | Qt::Key_V)}})),
       selectAll(addBehindSeparator(
           edit, {QObject::tr("Select &All"), "selectAll", {keys(Qt::CTRL | Qt::Key_A)}})),
-      selectNone(addTo(
-          edit, {QObject::tr("Select &None"), {}, {keys(Qt::CTRL | Qt::SHIFT | Qt::Key_A)}})),
+      selectNone(
+          addTo(edit, {QObject::tr("Select &None"), {}, {keys(Qt::CTRL | Qt::SHIFT | Qt::Key_A)}})),
       viewZoomIn(addTo(view, {QObject::tr("Zoom &In"),
                               "zoomIn",
                               {keys(Qt::CTRL | Qt::Key_Plus), keys(Qt::CTRL | Qt::Key_Equal)}})),
@@ -105,26 +103,27 @@ WindowMenus::WindowMenus(QMainWindow& window)
       viewExpandAll(addTo(view, {QObject::tr("&Expand All Groups"),
                                  "expand",
                                  {keys(Qt::CTRL | Qt::SHIFT | Qt::Key_Right)}})),
-      otherPane(addBehindSeparator(
-          view, {QObject::tr("Switch to Other &Pane"), {}, {keys(Qt::Key_F6)}})),
+      otherPane(
+          addBehindSeparator(view, {QObject::tr("Switch to Other &Pane"), {}, {keys(Qt::Key_F6)}})),
       messages(addTo(view, {QObject::tr("&Messages"), "messages"})),
       fullScreen(addBehindSeparator(
           view, {QObject::tr("&Full Screen"), "fullScreen", {keys(Qt::Key_F11)}})),
-      addToOutput(addTo(pages, {QObject::tr("&Add to Output"),
-                                "addToOutput",
-                                {keys(Qt::CTRL | Qt::Key_Return), keys(Qt::CTRL | Qt::Key_Enter)}})),
+      addToOutput(
+          addTo(pages, {QObject::tr("&Add to Output"),
+                        "addToOutput",
+                        {keys(Qt::CTRL | Qt::Key_Return), keys(Qt::CTRL | Qt::Key_Enter)}})),
       addToNewGroup(addTo(pages, {QObject::tr("Add to &New Output Group…"),
                                   "newGroup",
                                   {keys(Qt::CTRL | Qt::SHIFT | Qt::Key_Return)}})),
       moveEarlier(addBehindSeparator(
           pages, {QObject::tr("Move &Earlier"), "earlier", {keys(Qt::ALT | Qt::Key_Left)}})),
-      moveLater(addTo(pages,
-                      {QObject::tr("Move &Later"), "later", {keys(Qt::ALT | Qt::Key_Right)}})),
+      moveLater(
+          addTo(pages, {QObject::tr("Move &Later"), "later", {keys(Qt::ALT | Qt::Key_Right)}})),
       rotateRight(&addBehindSeparator(
           pages, {QObject::tr("Rotate &Right"), "rotateRight", {keys(Qt::CTRL | Qt::Key_R)}})),
-      rotateLeft(add(pages, {QObject::tr("Rotate Le&ft"),
-                             "rotateLeft",
-                             {keys(Qt::CTRL | Qt::SHIFT | Qt::Key_R)}})),
+      rotateLeft(add(
+          pages,
+          {QObject::tr("Rotate Le&ft"), "rotateLeft", {keys(Qt::CTRL | Qt::SHIFT | Qt::Key_R)}})),
       deletePdfPage(&addBehindSeparator(
           pages, {QObject::tr("&Delete Pages"), "remove", {keys(Qt::Key_Delete)}})),
       source(sourceMenu, sourceContext, QObject::tr("&Close File"),

@@ -47,13 +47,12 @@ extern "C" int quillornRunWindow(int argc, char** argv, const std::vector<std::s
         WindowProgram program({folderOfProgram(), std::move(resources), homeFolder(),
                                std::make_unique<SettingsPreferences>()});
         QSocketNotifier notifier(instance.descriptor(), QSocketNotifier::Read);
-        QObject::connect(&notifier, &QSocketNotifier::activated, &program,
-                         [&program, &instance]() {
-                             if (const auto what = instance.accept()) {
-                                 program.raiseWindow();
-                                 program.openFiles(what->files);
-                             }
-                         });
+        QObject::connect(&notifier, &QSocketNotifier::activated, &program, [&program, &instance]() {
+            if (const auto what = instance.accept()) {
+                program.raiseWindow();
+                program.openFiles(what->files);
+            }
+        });
         program.start();
         program.openFiles(files);
         return QApplication::exec();

@@ -3,7 +3,10 @@
 #include "platform/ui/ApplicationName.h"
 #include "platform/ui/CacheFolder.h"
 
+#include <QAction>
 #include <QApplication>
+#include <QByteArray>
+#include <QToolBar>
 #include <QWindow>
 #include <utility>
 
@@ -42,6 +45,7 @@ WindowProgram::WindowProgram(Surroundings surroundings)
     connectPaneCommands();
     connectPageCommands();
     m_window.setShouldClose([this]() { return shouldClose(); });
+    m_window.window().setToolbarInstalled([this](QToolBar& toolbar) { restoreToolbar(toolbar); });
     m_refresh.setSingleShot(true);
     m_refresh.setInterval(0);
     connect(&m_refresh, &QTimer::timeout, this, &WindowProgram::refresh);
@@ -138,10 +142,38 @@ bool WindowProgram::shouldClose() {
         return false;
     }
     m_isClosed = true;
+    m_mainThread.close(); // what still comes in must not show alerts of its own now
+    rememberToolbar();
     if (ImageViewSec::applicationShouldTerminateAfterLastWindowClosed()) {
         QMetaObject::invokeMethod(qApp, &QApplication::quit, Qt::QueuedConnection);
     }
     return true;
+}
+
+void WindowProgram::restoreToolbar(QToolBar& toolbar) {
+    // The toolbar is the last of the window's layout. On a small screen the window got less than it
+    // asked for, and the divider's place may have left nothing to the output pane.
+    if (m_window.splitter().sizes().at(1) == 0) {
+        m_window.splitter().setSizes({1, 1});
+    }
+    QAction* const toggle = toolbar.toggleViewAction();
+    toggle->setText(tr("&Toolbar"));
+    m_window.menus().view.insertAction(&m_window.menus().fullScreen, toggle);
+    if (const auto state = m_preferences->stringForKey(preference_key::toolbar)) {
+        m_window.restoreState(QByteArray::fromBase64(QByteArray::fromStdString(*state)));
+    }
+}
+
+void WindowProgram::rememberToolbar() {
+    if (m_window.window().toolbar() == nullptr) {
+        return;
+    }
+    const auto kept = m_preferences->setStringForKey(preference_key::toolbar,
+                                                     m_window.saveState().toBase64().toStdString());
+    if (!kept) {
+        // The window is closing: there is no other place to tell of it any more.
+        qWarning("The toolbar will not be remembered: %s", kept.error().reason.c_str());
+    }
 }
 
 void WindowProgram::connectSheets() {

@@ -15,6 +15,7 @@
 
 #include <QObject>
 #include <QTimer>
+#include <QToolBar>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -61,6 +62,8 @@ private:
     void connectPageCommands();
     void connectZoom(PaneView& pane, PaneMenus& menus, BrowserPane& controller);
     [[nodiscard]] bool shouldClose();
+    void restoreToolbar(QToolBar& toolbar);
+    void rememberToolbar();
 
     // What keys do in place of drags (WindowProgramPages.cpp).
     void copyPages();

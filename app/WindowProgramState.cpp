@@ -46,8 +46,7 @@ void WindowProgram::refresh() {
     }
     m_window.outputPane().setSummary(
         groups.empty() ? QString()
-                       : counted(groups.size(), tr("1 PDF"), tr("%1 PDFs")) +
-                             QStringLiteral(", ") +
+                       : counted(groups.size(), tr("1 PDF"), tr("%1 PDFs")) + QStringLiteral(", ") +
                              counted(pages, tr("1 page"), tr("%1 pages")));
     refreshActions();
 }

@@ -107,16 +107,16 @@ void focusAll(QDialog& dialog, const char* edit) {
 } // namespace
 
 WindowSheets::WindowSheets(QWidget& mainWindow)
-    : passwordWindow({[this]() { return makePassword(); },
-                      [this](QDialog& dialog) {
-                          dialog.findChild<QLabel*>(QStringLiteral("question"))
-                              ->setText(QObject::tr("Password of %1:")
-                                            .arg(toQString(
-                                                lastPathComponent(m_commands.passwordFile()))));
-                          dialog.findChild<QCheckBox*>()->setChecked(false);
-                          focusAll(dialog, "passwordText");
-                      },
-                      [this]() { m_commands.cancelPassword(passwordWindow); }}),
+    : passwordWindow(
+          {[this]() { return makePassword(); },
+           [this](QDialog& dialog) {
+               dialog.findChild<QLabel*>(QStringLiteral("question"))
+                   ->setText(QObject::tr("Password of %1:")
+                                 .arg(toQString(lastPathComponent(m_commands.passwordFile()))));
+               dialog.findChild<QCheckBox*>()->setChecked(false);
+               focusAll(dialog, "passwordText");
+           },
+           [this]() { m_commands.cancelPassword(passwordWindow); }}),
       groupNameWindow({[this]() {
                            return makeName(QObject::tr("New Output Group"), QObject::tr("Create"),
                                            groupNameText,
@@ -138,14 +138,12 @@ WindowSheets::WindowSheets(QWidget& mainWindow)
                        [this](QDialog& dialog) { prepareSave(dialog); },
                        [this]() { m_commands.cancel(saveToPDFWindow); }}),
       saveWindow(mainWindow, [this]() { m_commands.cancelSaving(); }),
-      winAbout({[this]() { return makeAbout(); },
-                {},
-                [this]() { m_commands.closeAbout(winAbout); }}),
+      winAbout(
+          {[this]() { return makeAbout(); }, {}, [this]() { m_commands.closeAbout(winAbout); }}),
       m_mainWindow(mainWindow) {}
 
 QDialog* WindowSheets::makePassword() {
-    QDialog* const dialog =
-        newSheet(m_mainWindow, QObject::tr("Password"), Qt::ApplicationModal);
+    QDialog* const dialog = newSheet(m_mainWindow, QObject::tr("Password"), Qt::ApplicationModal);
     dialog->setObjectName(QStringLiteral("passwordWindow"));
     QLabel* const question = plainLabel({}, dialog);
     question->setObjectName(QStringLiteral("question"));
@@ -223,8 +221,8 @@ QDialog* WindowSheets::makeSave() {
     layout->addWidget(names);
     layout->addLayout(form);
     layout->addWidget(replaced);
-    layout->addWidget(buttonsOf(*dialog, QObject::tr("Save"),
-                                [this]() { m_commands.save(saveToPDFWindow); }));
+    layout->addWidget(
+        buttonsOf(*dialog, QObject::tr("Save"), [this]() { m_commands.save(saveToPDFWindow); }));
     dialog->setMinimumWidth(std::min(saveWidth, dialog->screen()->availableSize().width()));
     folder->setPath(toQString(btnSavePath.title()));
     return dialog;
@@ -260,8 +258,7 @@ void WindowSheets::prepareSave(QDialog& dialog) {
 }
 
 QDialog* WindowSheets::makeAbout() {
-    QDialog* const dialog =
-        newSheet(m_mainWindow, QObject::tr("About"), Qt::ApplicationModal);
+    QDialog* const dialog = newSheet(m_mainWindow, QObject::tr("About"), Qt::ApplicationModal);
     dialog->setObjectName(QStringLiteral("winAbout"));
     auto* const icon = new QLabel(dialog);
     icon->setPixmap(QApplication::windowIcon().pixmap(QSize(aboutIcon, aboutIcon)));

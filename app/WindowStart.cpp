@@ -1,14 +1,13 @@
 #include "app/WindowStart.h"
 
 #include "app/ExitStatus.h"
+#include "app/ProgramModule.h"
 #include "app/RunningInstance.h"
-#include "platform/files/BesideProgram.h"
 #include "platform/ui/HomeFolder.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <dlfcn.h>
 #include <filesystem>
 #include <iostream>
 #include <string_view>
@@ -45,15 +44,12 @@ int fail(const std::string& what) {
 
 int runModule(int argc, char** argv, const std::vector<std::string>& files,
               RunningInstance& instance) {
-    const std::filesystem::path module = besideProgram("quillorn-window.so");
-    void* const handle = ::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
-    void* const symbol = handle != nullptr ? ::dlsym(handle, "quillornRunWindow") : nullptr;
-    if (symbol == nullptr) {
-        const char* const reason = ::dlerror();
-        return fail("The window cannot be shown: " +
-                    std::string(reason != nullptr ? reason : "no such module"));
+    const auto function = functionInModule("quillorn-window.so", "quillornRunWindow");
+    if (!function) {
+        return fail("The window cannot be shown: " + function.error().file.string() + ": " +
+                    function.error().reason);
     }
-    return reinterpret_cast<RunWindow>(symbol)(argc, argv, files, instance);
+    return reinterpret_cast<RunWindow>(*function)(argc, argv, files, instance);
 }
 
 } // namespace

@@ -10,7 +10,6 @@
 namespace quillorn {
 namespace {
 
-
 class RunningInstanceTest : public testing::Test {
 protected:
     RunningInstance claimed() {
@@ -68,10 +67,10 @@ TEST(HandedOverText, ReadsWhatItWrote) {
 }
 
 TEST(HandedOverText, RefusesWhatIsNoMessage) {
-    for (const std::string& text :
-         {std::string(), std::string("GET / HTTP/1.1\r\n"),
-          std::string("quillorn-folivane 1\nrelative\0", 29),
-          std::string("quillorn-folivane 1\n/cut off"), std::string("quillorn-folivane 1\n\0", 21)}) {
+    for (const std::string& text : {std::string(), std::string("GET / HTTP/1.1\r\n"),
+                                    std::string("quillorn-folivane 1\nrelative\0", 29),
+                                    std::string("quillorn-folivane 1\n/cut off"),
+                                    std::string("quillorn-folivane 1\n\0", 21)}) {
         EXPECT_FALSE(parseHandedOver(text).has_value()) << text;
     }
 }

@@ -16,7 +16,7 @@ namespace quillorn {
 namespace {
 
 constexpr qsizetype keptMessages = 500;
-constexpr int labelMargin = 6; // logical pixels, as the headings of the panes
+constexpr int labelMargin = 6;      // logical pixels, as the headings of the panes
 constexpr QSize listSize(520, 260); // logical pixels
 
 } // namespace

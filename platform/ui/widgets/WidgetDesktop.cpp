@@ -28,8 +28,8 @@ std::unique_ptr<QMessageBox> messageBox(const Alert& alert, QWidget& parent) {
     box->setTextFormat(Qt::PlainText); // names of files may look like markup
     box->setWindowTitle(toQString(alert.title));
     box->setText(toQString(alert.message));
-    QPushButton* const first = box->addButton(toQStringWithoutMnemonic(alert.defaultButton),
-                                              QMessageBox::AcceptRole);
+    QPushButton* const first =
+        box->addButton(toQStringWithoutMnemonic(alert.defaultButton), QMessageBox::AcceptRole);
     box->setDefaultButton(first);
     if (alert.alternateButton.empty()) {
         box->setEscapeButton(first);
@@ -42,8 +42,7 @@ std::unique_ptr<QMessageBox> messageBox(const Alert& alert, QWidget& parent) {
 
 AlertAnswer answerOf(const QMessageBox& box, const Alert& alert) {
     QAbstractButton* const clicked = box.clickedButton();
-    const bool isDefault =
-        clicked != nullptr && box.buttonRole(clicked) == QMessageBox::AcceptRole;
+    const bool isDefault = clicked != nullptr && box.buttonRole(clicked) == QMessageBox::AcceptRole;
     // Where there is one button only, it is the answer however the box went away; but a box that
     // was closed by nobody's button counts as the alternate one.
     return isDefault || (alert.alternateButton.empty() && clicked != nullptr)
@@ -54,11 +53,16 @@ AlertAnswer answerOf(const QMessageBox& box, const Alert& alert) {
 bool start(const QString& argument) {
     const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
     if (opener.isEmpty()) {
-        return QDesktopServices::openUrl(argument.startsWith(QLatin1Char('/'))
-                                             ? QUrl::fromLocalFile(argument)
-                                             : QUrl(argument));
+        return QDesktopServices::openUrl(
+            argument.startsWith(QLatin1Char('/')) ? QUrl::fromLocalFile(argument) : QUrl(argument));
     }
-    return QProcess::startDetached(opener, {argument});
+    QProcess process;
+    process.setProgram(opener);
+    process.setArguments({argument});
+    // What it has to say about the programs it tries is not ours to print.
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    return process.startDetached();
 }
 
 } // namespace
@@ -120,18 +124,17 @@ void WidgetFilePanels::beginSheet(const OpenPanel& panel, OpenPanelEnded didEnd)
     }
     const QString folder = pathToQString(panel.folder);
     dialog->setDirectory(QFileInfo(folder).isDir() ? folder : QDir::homePath());
-    QObject::connect(dialog, &QDialog::finished, dialog,
-                     [dialog, didEnd = std::move(didEnd)](int code) {
-                         OpenPanelChoice choice;
-                         choice.directory = pathFromQString(dialog->directory().absolutePath());
-                         if (code == QDialog::Accepted) {
-                             for (const QString& file : dialog->selectedFiles()) {
-                                 choice.filenames.push_back(pathFromQString(file));
-                             }
-                         }
-                         didEnd(code == QDialog::Accepted ? PanelReturn::ok : PanelReturn::cancel,
-                                choice);
-                     });
+    QObject::connect(
+        dialog, &QDialog::finished, dialog, [dialog, didEnd = std::move(didEnd)](int code) {
+            OpenPanelChoice choice;
+            choice.directory = pathFromQString(dialog->directory().absolutePath());
+            if (code == QDialog::Accepted) {
+                for (const QString& file : dialog->selectedFiles()) {
+                    choice.filenames.push_back(pathFromQString(file));
+                }
+            }
+            didEnd(code == QDialog::Accepted ? PanelReturn::ok : PanelReturn::cancel, choice);
+        });
     dialog->open();
 }
 

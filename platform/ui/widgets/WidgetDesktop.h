@@ -51,9 +51,7 @@ public:
     /// By the thread of the window.
     WidgetMainThread();
     [[nodiscard]] bool isCurrent() const override { return m_queue.isCurrent(); }
-    bool runAndWait(const std::function<void()>& work) override {
-        return m_queue.runAndWait(work);
-    }
+    bool runAndWait(const std::function<void()>& work) override { return m_queue.runAndWait(work); }
     void post(std::function<void()> work) override { m_queue.post(std::move(work)); }
     void close() { m_queue.close(); }
 

@@ -109,6 +109,9 @@ void WidgetWindow::setToolbar(const Toolbar& toolbar, ToolbarDelegate& delegate)
             widget->show();
         }
     }
+    if (m_toolbarInstalled) {
+        m_toolbarInstalled(*bar);
+    }
 }
 
 void WidgetSplitView::setPositionOfDivider(double position, std::size_t /*divider*/) {

@@ -16,6 +16,10 @@ public:
     /// `fullScreenAllowed` is called when the window may fill the screen.
     WidgetWindow(QMainWindow& window, std::function<void()> fullScreenAllowed)
         : m_window(window), m_fullScreenAllowed(std::move(fullScreenAllowed)) {}
+    /// `installed` is called for each toolbar, once it has its items.
+    void setToolbarInstalled(std::function<void(QToolBar&)> installed) {
+        m_toolbarInstalled = std::move(installed);
+    }
 
     [[nodiscard]] WindowFrame frame() const override;
     /// Without animation, and no larger than the screen has room for. A window that fills the
@@ -30,6 +34,7 @@ public:
 private:
     QMainWindow& m_window;
     std::function<void()> m_fullScreenAllowed;
+    std::function<void(QToolBar&)> m_toolbarInstalled;
     QPointer<QToolBar> m_toolbar;
 };
 

@@ -56,14 +56,38 @@ TEST_F(WindowFilesTest, TheFirstFileBringsTheWorkingSizeAndTheToolbar) {
     start();
     open({pdf("a.pdf", 3)});
     const QRect screen = window().screen()->availableGeometry();
-    EXPECT_EQ(window().size(), QSize(810, 810).boundedTo(screen.size()));
+    const QRect frame = window().frameGeometry();
+    const QSize decoration = frame.size() - window().size();
+    EXPECT_EQ(window().size(), QSize(810, 810).boundedTo(screen.size() - decoration));
+    EXPECT_TRUE(screen.contains(frame)) << "the screen has room for all of it";
     waitFor("both panes have room", [this]() { return window().outputPane().width() > 300; });
     auto* const toolbar = window().findChild<QToolBar*>();
     ASSERT_NE(toolbar, nullptr);
-    EXPECT_TRUE(toolbar->isVisible());
+    waitFor("the toolbar", [toolbar]() { return toolbar->isVisible(); });
     for (const char* const name : {"btnOpenPDFFiles", "btnAddNewGroup", "btnSave"}) {
-        EXPECT_TRUE(window().findChild<QToolButton*>(QLatin1String(name))->isVisible()) << name;
+        waitFor(name, [this, name]() {
+            return window().findChild<QToolButton*>(QLatin1String(name))->isVisible();
+        });
     }
+}
+
+TEST_F(WindowFilesTest, AHiddenToolbarStaysHiddenInTheNextRun) {
+    start();
+    open({pdf("a.pdf", 3)});
+    QToolBar* const shown = window().findChild<QToolBar*>();
+    ASSERT_NE(shown, nullptr);
+    EXPECT_TRUE(shown->toggleViewAction()->isChecked());
+    shown->toggleViewAction()->trigger();
+    answerAlert("Yes");
+    ASSERT_TRUE(window().close());
+    preferencesAtStart = preferencesNow();
+    stop();
+    start();
+    open({(files / "a.pdf").string()});
+    QToolBar* const next = window().findChild<QToolBar*>();
+    ASSERT_NE(next, nullptr);
+    EXPECT_FALSE(next->isVisible());
+    EXPECT_TRUE(menus().view.actions().contains(next->toggleViewAction()));
 }
 
 TEST_F(WindowFilesTest, FilesOfThePanelBecomeGroups) {
@@ -93,8 +117,8 @@ TEST_F(WindowFilesTest, TheImportPanelOffersWebPagesAndDocuments) {
     menus().importDocuments.trigger();
     waitFor("the panel", [this]() { return allShown(); });
     ASSERT_EQ(filters.size(), 1);
-    for (const char* const pattern : {"*.html", "*.webarchive", "*.rtf", "*.docx", "*.txt", "*.pdf",
-                                      "*.PDF"}) {
+    for (const char* const pattern :
+         {"*.html", "*.webarchive", "*.rtf", "*.docx", "*.txt", "*.pdf", "*.PDF"}) {
         EXPECT_THAT(filters.front().toStdString(), HasSubstr(pattern));
     }
 }
@@ -162,7 +186,8 @@ TEST_F(WindowFilesTest, ALockedFileOpensWithItsPassword) {
     });
     program().openFiles({lockedPDF("private.pdf")});
     waitFor("the file", [this]() { return !sourceTitles().empty(); });
-    EXPECT_EQ(text, "Infomation !: private.pdf has been encrypted,do you want to enter a password?");
+    EXPECT_EQ(text,
+              "Infomation !: private.pdf has been encrypted,do you want to enter a password?");
     EXPECT_THAT(sourceTitles(), ElementsAre("private.pdf"));
 }
 
@@ -184,8 +209,7 @@ TEST_F(WindowFilesTest, AWrongPasswordIsToldOf) {
 TEST_F(WindowFilesTest, ThePasswordWindowCanBeLeft) {
     start();
     answerAlert("OK");
-    whenShown("passwordWindow",
-              [](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    whenShown("passwordWindow", [](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
     program().openFiles({lockedPDF("private.pdf")});
     waitFor("both windows", [this]() { return allShown(); });
     waitFor("no window is left", []() { return QApplication::activeModalWidget() == nullptr; });

@@ -39,25 +39,24 @@ WindowFixture::WindowFixture()
         std::filesystem::create_directory(folder);
     }
     const std::filesystem::path opener = folders / "bin" / "xdg-open";
-    writeFile(opener, "#!/bin/sh\nprintf '%s\\n' \"$1\" >>'" + (folders / "opened").string() + "'\n");
+    writeFile(opener,
+              "#!/bin/sh\nprintf '%s\\n' \"$1\" >>'" + (folders / "opened").string() + "'\n");
     std::filesystem::permissions(opener, std::filesystem::perms::owner_all);
-    m_timer.setInterval(lookEvery);
-    QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this]() { runScripts(); });
 }
 
 WindowFixture::~WindowFixture() {
     EXPECT_TRUE(allShown()) << "the window \"" << m_scripts.front().name << "\" was not shown";
-    m_timer.stop();
     m_program.reset();
 }
 
 void WindowFixture::start() {
     auto preferences = std::make_unique<MemoryPreferences>();
     preferences->m_values = preferencesAtStart;
+    m_preferences = preferences.get();
     m_program = std::make_unique<WindowProgram>(WindowProgram::Surroundings{
-        QUILLORN_PROGRAM_FOLDER, Resources({std::filesystem::path(QUILLORN_PROGRAM_FOLDER) /
-                                            "resources"}),
-        home.string(), std::move(preferences)});
+        QUILLORN_PROGRAM_FOLDER,
+        Resources({std::filesystem::path(QUILLORN_PROGRAM_FOLDER) / "resources"}), home.string(),
+        std::move(preferences)});
     m_program->start();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window(), patience));
     window().activateWindow();
@@ -98,7 +97,14 @@ void WindowFixture::addAllToOutput() {
 
 void WindowFixture::whenShown(const std::string& name, std::function<void(QDialog&)> user) {
     m_scripts.push_back({name, std::move(user)});
-    m_timer.start();
+    if (m_scripts.size() == 1) {
+        lookSoon();
+    }
+}
+
+void WindowFixture::lookSoon() {
+    // Each time a new timer: one whose slot waits in an inner event loop does not fire there.
+    QTimer::singleShot(lookEvery, &m_context, [this]() { runScripts(); });
 }
 
 void WindowFixture::answerAlert(const std::string& button, std::string* text) {
@@ -113,9 +119,9 @@ void WindowFixture::answerAlert(const std::string& button, std::string* text) {
 
 void WindowFixture::runScripts() {
     if (m_scripts.empty()) {
-        m_timer.stop();
         return;
     }
+    lookSoon();
     for (QWidget* const widget : QApplication::topLevelWidgets()) {
         auto* const dialog = qobject_cast<QDialog*>(widget);
         if (dialog == nullptr || !dialog->isVisible() ||
@@ -200,8 +206,7 @@ void type(QDialog& dialog, const char* line, const std::string& text) {
 
 void click(QDialog& dialog, const std::string& button) {
     for (QAbstractButton* const candidate : dialog.findChildren<QAbstractButton*>()) {
-        if (plain(candidate->text()) == button ||
-            candidate->objectName().toStdString() == button) {
+        if (plain(candidate->text()) == button || candidate->objectName().toStdString() == button) {
             QTest::mouseClick(candidate, Qt::LeftButton);
             return;
         }

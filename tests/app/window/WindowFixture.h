@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,6 +31,10 @@ protected:
     void start();
     /// Ends it, as the end of the process would.
     void stop() { m_program.reset(); }
+    /// What the program has remembered so far.
+    [[nodiscard]] std::map<std::string, std::string, std::less<>> preferencesNow() const {
+        return m_preferences->m_values;
+    }
     [[nodiscard]] WindowProgram& program() { return *m_program; }
     [[nodiscard]] MainWindow& window() { return m_program->window(); }
     [[nodiscard]] WindowMenus& menus() { return m_program->window().menus(); }
@@ -84,11 +89,13 @@ private:
     };
 
     void runScripts();
+    void lookSoon();
 
     EnvironmentVariable m_path;
     std::vector<Script> m_scripts;
-    QTimer m_timer;
+    QObject m_context; ///< of the timers
     std::unique_ptr<WindowProgram> m_program;
+    MemoryPreferences* m_preferences = nullptr; ///< the program's
 };
 
 /// Types into a line of a dialog, replacing what is there.

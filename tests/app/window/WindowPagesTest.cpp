@@ -254,9 +254,8 @@ TEST_F(WindowPagesTest, CommandsFollowTheSelection) {
     EXPECT_TRUE(menus().addToOutput.isEnabled());
     EXPECT_TRUE(menus().pastePages.isEnabled());
     outputBrowser().setSelectionIndexes({1}, false);
-    for (const QAction* const action :
-         {&menus().rotateRight.action, &menus().deletePdfPage.action, &menus().moveLater,
-          &menus().changePDFName.action}) {
+    for (const QAction* const action : {&menus().rotateRight.action, &menus().deletePdfPage.action,
+                                        &menus().moveLater, &menus().changePDFName.action}) {
         EXPECT_TRUE(action->isEnabled()) << action->text().toStdString();
     }
 }

@@ -58,9 +58,8 @@ TEST_F(WindowSavingTest, TheSheetTellsWhatIsWrittenAndWhatIsReplaced) {
     whenShown("saveToPDFWindow", [&](QDialog& dialog) {
         names = dialog.findChild<QLabel*>(QStringLiteral("names"))->text().toStdString();
         replaced = dialog.findChild<QLabel*>(QStringLiteral("replaced"))->text().toStdString();
-        folder = dialog.findChild<QAbstractButton*>(QStringLiteral("folder"))
-                     ->toolTip()
-                     .toStdString();
+        folder =
+            dialog.findChild<QAbstractButton*>(QStringLiteral("folder"))->toolTip().toStdString();
         QTest::keyClick(&dialog, Qt::Key_Escape);
     });
     menus().save.action.trigger();
@@ -75,8 +74,7 @@ TEST_F(WindowSavingTest, TheFolderIsChosenInTheSheet) {
     compose();
     const std::filesystem::path chosen = folders / "chosen";
     std::filesystem::create_directory(chosen);
-    whenShown("saveToPDFWindow",
-              [](QDialog& dialog) { click(dialog, "folder"); });
+    whenShown("saveToPDFWindow", [](QDialog& dialog) { click(dialog, "folder"); });
     whenShown("openPanel", [chosen](QDialog& dialog) {
         auto* const name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
         name->setText(QString::fromStdString(chosen.string()));

@@ -197,8 +197,7 @@ private:
             QDragLeaveEvent leaves;
             QApplication::sendEvent(browser.viewport(), &leaves);
         });
-        const QPoint from =
-            browser.viewportRect(browser.layoutOfItems().itemRect(1)).center();
+        const QPoint from = browser.viewportRect(browser.layoutOfItems().itemRect(1)).center();
         QTest::mousePress(browser.viewport(), Qt::LeftButton, {}, from);
         const QPoint to = from + QPoint(60, 0);
         QMouseEvent pull(QEvent::MouseMove, to, browser.viewport()->mapToGlobal(to), Qt::NoButton,

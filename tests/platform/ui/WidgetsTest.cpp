@@ -1,0 +1,212 @@
+#include "platform/ui/widgets/ActivityPanel.h"
+#include "platform/ui/widgets/MessageLine.h"
+#include "platform/ui/widgets/WidgetControls.h"
+#include "platform/ui/widgets/WidgetDesktop.h"
+#include "platform/ui/widgets/WidgetLongWork.h"
+#include "platform/ui/widgets/WidgetSheets.h"
+#include "platform/ui/widgets/WidgetText.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+#include <atomic>
+#include <condition_variable>
+#include <gtest/gtest.h>
+#include <memory>
+#include <mutex>
+#include <stdexcept>
+#include <stop_token>
+#include <string>
+#include <thread>
+
+namespace quillorn {
+namespace {
+
+constexpr int patience = 60'000; // milliseconds
+
+/// Returns once the token is stopped.
+void waitForStop(const std::stop_token& stop) {
+    std::mutex mutex;
+    std::condition_variable_any stopped;
+    std::unique_lock lock(mutex);
+    stopped.wait(lock, stop, []() { return false; });
+}
+
+TEST(WidgetSlider, KeepsAValueBeyondItsBounds) {
+    QSlider widget;
+    WidgetSlider slider(widget, 0.5F, []() {});
+    slider.setFloatValue(1.1F);
+    EXPECT_FLOAT_EQ(slider.floatValue(), 1.1F);
+    EXPECT_EQ(widget.value(), widget.maximum());
+}
+
+TEST(WidgetSlider, TellsWhenTheUserMovesIt) {
+    QSlider widget;
+    int moves = 0;
+    WidgetSlider slider(widget, 0.5F, [&moves]() { ++moves; });
+    slider.setFloatValue(0.6F);
+    EXPECT_EQ(moves, 0) << "that was the program";
+    widget.setValue(widget.minimum());
+    EXPECT_EQ(moves, 1);
+    EXPECT_FLOAT_EQ(slider.floatValue(), 0);
+}
+
+TEST(WidgetTextField, IsTheSameTextInTwoSheets) {
+    WidgetTextField field(".pdf");
+    QLineEdit one;
+    QLineEdit other;
+    field.attach(one);
+    field.attach(other);
+    QTest::keyClicks(&one, QStringLiteral("x"));
+    EXPECT_EQ(field.stringValue(), ".pdfx");
+    EXPECT_EQ(other.text(), QStringLiteral(".pdfx"));
+    field.setStringValue("");
+    EXPECT_EQ(one.text(), QString());
+}
+
+TEST(ActionMenuItem, ShowsAnAmpersandOfItsTitle) {
+    QAction action;
+    ActionMenuItem item(action);
+    item.setTitle("Cut & Paste");
+    EXPECT_EQ(action.text(), QStringLiteral("Cut && Paste"));
+    item.setHidden(true);
+    EXPECT_TRUE(item.isHidden());
+}
+
+TEST(NameFilter, NamesEachTypeInBothCasesOnce) {
+    EXPECT_TRUE(
+        nameFilter({"pdf", "PDF", "png"}).endsWith(QStringLiteral("(*.pdf *.PDF *.png *.PNG)")));
+}
+
+TEST(PathText, KeepsNamesWithOddLetters) {
+    for (const char* const path : {"/tmp/größe.pdf", "/tmp/a b&c<i>.pdf", "/tmp/\"quoted\".pdf"}) {
+        EXPECT_EQ(pathFromQString(pathToQString(path)), path);
+    }
+}
+
+TEST(MessageLine, KeepsWhatWasToldBefore) {
+    MessageLine line;
+    line.showMessage("One.");
+    line.showMessage("Two.");
+    EXPECT_EQ(line.messages(), (QStringList{QStringLiteral("One."), QStringLiteral("Two.")}));
+}
+
+TEST(MessageLine, KeepsABoundedNumber) {
+    MessageLine line;
+    for (int i = 0; i < 2000; ++i) {
+        line.showMessage(std::to_string(i));
+    }
+    EXPECT_LE(line.messages().size(), 1000);
+    EXPECT_EQ(line.messages().last(), QStringLiteral("1999"));
+}
+
+class WidgetLongWorkTest : public testing::Test {
+protected:
+    WidgetLongWorkTest() {
+        m_window.resize(200, 100);
+        m_window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&m_window, patience));
+    }
+
+    QWidget m_window;
+    WidgetMainThread m_mainThread;
+    ActivityPanel m_activities;
+    WidgetLongWork m_work{m_window, m_mainThread, m_activities};
+};
+
+TEST_F(WidgetLongWorkTest, TheWindowGoesOnWhileItWaits) {
+    std::atomic<bool> hasHandedOver = false;
+    const auto here = std::this_thread::get_id();
+    EXPECT_TRUE(m_work.run("Working", [&](const std::stop_token&) {
+        EXPECT_NE(std::this_thread::get_id(), here);
+        m_mainThread.runAndWait([&]() { hasHandedOver = std::this_thread::get_id() == here; });
+    }));
+    EXPECT_TRUE(hasHandedOver);
+}
+
+TEST_F(WidgetLongWorkTest, ClicksOnTheWindowAreDroppedMeanwhile) {
+    QPushButton button(&m_window);
+    int clicks = 0;
+    QObject::connect(&button, &QPushButton::clicked, &button, [&clicks]() { ++clicks; });
+    button.show();
+    EXPECT_TRUE(m_work.run("", [&](const std::stop_token&) {
+        m_mainThread.runAndWait([&]() {
+            QTest::mouseClick(&button, Qt::LeftButton);
+            EXPECT_FALSE(m_window.close()) << "nor does it close";
+        });
+    }));
+    EXPECT_EQ(clicks, 0);
+    QTest::mouseClick(&button, Qt::LeftButton);
+    EXPECT_EQ(clicks, 1);
+}
+
+TEST_F(WidgetLongWorkTest, CanBeCancelledInItsWindow) {
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, &look, []() {
+        for (QWidget* const widget : QApplication::topLevelWidgets()) {
+            if (widget->objectName() == QStringLiteral("longWork") && widget->isVisible()) {
+                QTest::keyClick(widget, Qt::Key_Escape);
+            }
+        }
+    });
+    look.start(5);
+    EXPECT_FALSE(m_work.run("Working", waitForStop));
+}
+
+TEST_F(WidgetLongWorkTest, WhatOtherThreadsDoIsCancelledInThePanel) {
+    std::atomic<bool> wasFinished = true;
+    std::jthread thread([&]() { wasFinished = m_work.run("Working", waitForStop); });
+    ASSERT_TRUE(QTest::qWaitFor([this]() { return !m_activities.isIdle(); }, patience));
+    m_activities.cancelAll();
+    ASSERT_TRUE(QTest::qWaitFor([this]() { return m_activities.isIdle(); }, patience));
+    thread.join();
+    EXPECT_FALSE(wasFinished);
+}
+
+TEST_F(WidgetLongWorkTest, AnExceptionComesBack) {
+    EXPECT_THROW(static_cast<void>(m_work.run(
+                     "", [](const std::stop_token&) { throw std::runtime_error("no"); })),
+                 std::runtime_error);
+}
+
+TEST(WidgetSheet, IsMadeWhenItIsFirstShownAndEndsWithItsModalRun) {
+    QWidget window;
+    window.show();
+    int made = 0;
+    WidgetSheet sheet({[&]() {
+                           ++made;
+                           return std::make_unique<QDialog>(&window).release();
+                       },
+                       {},
+                       {}});
+    sheet.stopModal(); // nothing is running
+    for (int run = 0; run < 2; ++run) {
+        QTimer::singleShot(0, &window, [&sheet]() {
+            sheet.stopModal();
+            sheet.orderOut();
+        });
+        sheet.runModal();
+    }
+    EXPECT_EQ(made, 1);
+}
+
+TEST(WidgetSheet, EndsWhenItIsClosed) {
+    QWidget window;
+    window.show();
+    QDialog* dialog = nullptr;
+    WidgetSheet sheet({[&]() {
+                           dialog = std::make_unique<QDialog>(&window).release();
+                           return dialog;
+                       },
+                       {},
+                       {}});
+    QTimer::singleShot(0, &window, [&dialog]() { dialog->close(); });
+    sheet.runModal();
+    EXPECT_FALSE(dialog->isVisible());
+}
+
+} // namespace
+} // namespace quillorn
