@@ -76,7 +76,7 @@ TEST_F(WindowFilesTest, AHiddenToolbarStaysHiddenInTheNextRun) {
     open({pdf("a.pdf", 3)});
     QToolBar* const shown = window().findChild<QToolBar*>();
     ASSERT_NE(shown, nullptr);
-    EXPECT_TRUE(shown->toggleViewAction()->isChecked());
+    waitFor("the toolbar", [shown]() { return shown->toggleViewAction()->isChecked(); });
     shown->toggleViewAction()->trigger();
     answerAlert("Yes");
     ASSERT_TRUE(window().close());

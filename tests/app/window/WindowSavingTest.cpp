@@ -128,8 +128,11 @@ TEST_F(WindowSavingTest, ASavedWindowClosesWithoutAQuestion) {
     start();
     compose();
     save();
+    waitFor("the save ends", [this]() { return !window().isWindowModified(); });
+    window().activateWindow(); // no window manager does that here when the sheets are gone
+    waitFor("the window is active", [this]() { return window().isActiveWindow(); });
     QTest::keyClick(&window(), Qt::Key_Q, Qt::ControlModifier);
-    EXPECT_FALSE(window().isVisible());
+    waitFor("the window closes", [this]() { return !window().isVisible(); });
     EXPECT_FALSE(std::filesystem::exists(cache));
 }
 
