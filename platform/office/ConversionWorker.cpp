@@ -112,7 +112,9 @@ ConversionResult<std::unique_ptr<ConversionWorker::Run>> ConversionWorker::start
                            {"XDG_CONFIG_HOME", home},
                            {"XDG_CACHE_HOME", home},
                            {"XDG_DATA_HOME", dataHome()}};
-    command.limits.dataBytes = m_options.dataBytes;
+#ifndef QUILLORN_SANITIZERS
+    command.limits.dataBytes = m_options.dataBytes; // a sanitizer reserves far more than that
+#endif
     command.limits.fileBytes = largestPDF;
     command.network = false;
     command.pipes = {{conversion::jobPipe, ChildPipe::Direction::toChild},

@@ -26,7 +26,8 @@ public:
 namespace preference_key {
 inline constexpr std::string_view saveFilePlace = "SaveFilePlace"; ///< the output folder
 inline constexpr std::string_view addFilePath = "AddFilePath";     ///< the open panel's last folder
-inline constexpr std::string_view toolbar = "Toolbar Identifier";  ///< where the toolbar is, if shown
+inline constexpr std::string_view toolbar =
+    "Toolbar Identifier"; ///< where the toolbar is, if shown
 /// "true": text documents keep their own paper, margins, headers and footers.
 inline constexpr std::string_view keepPageSetup = "KeepPageSetup";
 } // namespace preference_key

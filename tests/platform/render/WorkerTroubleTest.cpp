@@ -78,10 +78,12 @@ TEST_F(WorkerTroubleTest, AWorkerReadsFontsAndNothingElse) {
     EXPECT_EQ(success(programStarting), "no");
 }
 
+#ifndef QUILLORN_SANITIZERS
 TEST_F(WorkerTroubleTest, AWorkerGetsNoMoreMemoryThanItMay) {
     startMisbehaving();
     EXPECT_EQ(success(memoryTaking), "no");
 }
+#endif
 
 TEST_F(WorkerTroubleTest, TheRealWorkerIsConfined) {
     start();
