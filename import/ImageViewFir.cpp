@@ -64,6 +64,7 @@ void ImageViewFir::judgeClearMenu() {
 
 void ImageViewFir::clearAllGroup() {
     m_pdfFilesName.clear();
+    m_convertedFiles.clear();
     clearShown();
     m_documents.clear(); // only now: pages on show belong to them
     setBackColor();
@@ -106,6 +107,8 @@ void ImageViewFir::closePDFFile() {
         if (std::ranges::find(closing, m_pdfFilesName[i]) == closing.end()) {
             paths.push_back(m_pdfFilesName[i]);
             documents.push_back(m_documents[i]);
+        } else {
+            m_convertedFiles.erase(m_pdfFilesName[i]);
         }
     }
     closeClear();
@@ -126,7 +129,10 @@ void ImageViewFir::closePDFFile() {
 
 std::shared_ptr<PDFDocument> ImageViewFir::reopened(const std::string& path,
                                                     const PDFDocument& before) {
-    auto source = m_services.intake.inspect(path);
+    // The PDF of a conversion may have been replaced by that of another file of the same name.
+    const bool isOurs = before.source() && m_convertedFiles.contains(path);
+    ImportResult<std::shared_ptr<const PDFSource>> source =
+        isOurs ? before.source() : m_services.intake.inspect(path);
     if (source && (*source)->isLocked() && before.source()) {
         source = before.source(); // the password that it was unlocked with is good for this run
     } else if (source &&

@@ -2,6 +2,7 @@
 
 #include "import/DocumentConversions.h"
 #include "import/FileRoute.h"
+#include "import/NameTurns.h"
 #include "import/PDFIntake.h"
 #include "panes/BrowserPane.h"
 #include "panes/PageDrag.h"
@@ -20,6 +21,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <stop_token>
 #include <string>
@@ -169,6 +171,8 @@ private:
     void closeClear();
     /// Queues the labelled pages of `document` as one file.
     void queueFile(const std::string& path, std::shared_ptr<PDFDocument> document);
+    /// Queues what was opened, or tells why it was not.
+    void takeIn(const std::string& path, ImportResult<std::shared_ptr<PDFDocument>> opened);
     /// A file that stays open when another is closed, opened anew and labelled.
     [[nodiscard]] std::shared_ptr<PDFDocument> reopened(const std::string& path,
                                                         const PDFDocument& before);
@@ -184,7 +188,7 @@ private:
     /// Takes a list in, each file by its route.
     void addByRoutes(const std::vector<std::string>& paths, Route route,
                      const std::stop_token& stop);
-    /// Converts a file and opens what came out.
+    /// Converts a file and opens what came out, before another file of that name replaces it.
     void convert(const std::string& path, Conversion conversion, ImportRun& run);
     /// Runs work that the user may cancel. False when the run is over.
     bool perform(const std::string& text, ImportRun& run, const LongWork::Work& work);
@@ -196,6 +200,8 @@ private:
     ImageViewFirServices m_services;
     std::vector<std::string> m_pdfFilesName;
     std::vector<std::shared_ptr<PDFDocument>> m_documents; ///< of the files above, in their order
+    std::set<std::string> m_convertedFiles; ///< those of the files above that we wrote
+    NameTurns m_conversionTurns;            ///< by the names of files that are converted
     std::vector<std::string> m_fileArray;
     std::string m_pdfPasswordPath;
     bool m_mSax = true;  ///< the pane is empty and shows its picture

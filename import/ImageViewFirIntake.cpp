@@ -210,19 +210,33 @@ bool ImageViewFir::perform(const std::string& text, ImportRun& run, const LongWo
 
 void ImageViewFir::convert(const std::string& path, Conversion conversion, ImportRun& run) {
     std::optional<ImportResult<std::string>> converted;
+    std::optional<ImportResult<std::shared_ptr<PDFDocument>>> opened;
     const bool finished =
         perform("Converting " + lastPathComponent(path), run,
-                [this, &path, conversion, &converted](const std::stop_token& stop) {
+                [this, &path, conversion, &converted, &opened](const std::stop_token& stop) {
+                    const NameTurns::Turn turn(m_conversionTurns, lastPathComponent(path), stop);
+                    if (!turn.hasCome()) {
+                        return;
+                    }
                     converted = (m_services.conversions.*conversion)(path, stop);
+                    if (*converted) {
+                        opened = openLabelled(**converted, std::nullopt);
+                    }
                 });
     if (!finished || !converted) {
         return; // the user knows
     }
-    if (*converted) {
-        addImagesWithPath(**converted, false, run);
-    } else {
-        m_services.mainThread.runAndWait([this, &converted]() { refuse(converted->error()); });
-    }
+    m_services.mainThread.runAndWait([this, &converted, &opened]() {
+        if (!*converted) {
+            refuse(converted->error());
+            return;
+        }
+        const std::string& pdf = **converted;
+        takeIn(pdf, std::move(*opened));
+        if (std::ranges::find(m_pdfFilesName, pdf) != m_pdfFilesName.end()) {
+            m_convertedFiles.insert(pdf);
+        }
+    });
 }
 
 void ImageViewFir::image2PDF(const std::string& path, ImportRun& run) {
@@ -290,17 +304,21 @@ void ImageViewFir::addAnImageWithPath(const std::string& path, ImportRun& run) {
     if (!finished || !opened) {
         return;
     }
-    m_services.mainThread.runAndWait([this, &path, &opened]() {
-        if (std::ranges::find(m_pdfFilesName, path) != m_pdfFilesName.end()) {
-            showAlert(messageText(alreadyExists, lastPathComponent(path)));
-        } else if (*opened) {
-            queueFile(path, std::move(**opened));
-        } else if (opened->error().kind == ImportRefusal::Kind::encrypted) {
-            askForPassword(opened->error());
-        } else {
-            refuse(opened->error());
-        }
-    });
+    m_services.mainThread.runAndWait(
+        [this, &path, &opened]() { takeIn(path, std::move(*opened)); });
+}
+
+void ImageViewFir::takeIn(const std::string& path,
+                          ImportResult<std::shared_ptr<PDFDocument>> opened) {
+    if (std::ranges::find(m_pdfFilesName, path) != m_pdfFilesName.end()) {
+        showAlert(messageText(alreadyExists, lastPathComponent(path)));
+    } else if (opened) {
+        queueFile(path, std::move(*opened));
+    } else if (opened.error().kind == ImportRefusal::Kind::encrypted) {
+        askForPassword(opened.error());
+    } else {
+        refuse(opened.error());
+    }
 }
 
 } // namespace quillorn

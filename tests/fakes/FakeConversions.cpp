@@ -36,7 +36,12 @@ ImportResult<std::string> FakeConversions::convert(const std::string& how, const
         return tl::unexpected(
             ImportRefusal::make(refusal->second.first, path, refusal->second.second));
     }
-    return TestPDF(name, 1).writeTo(m_folder / target).string();
+    std::string pdf =
+        TestPDF(name, m_pages ? m_pages(path) : 1).writeTo(m_folder / target).string();
+    if (m_after) {
+        m_after();
+    }
+    return pdf;
 }
 
 ImportResult<std::string> FakeConversions::image2PDF(const std::string& path,

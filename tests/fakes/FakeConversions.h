@@ -2,6 +2,7 @@
 
 #include "import/DocumentConversions.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -34,6 +35,9 @@ public:
     /// "image2PDF a.png" for each conversion.
     [[nodiscard]] std::vector<std::string> calls() const;
     std::function<void()> m_during; ///< runs within each conversion
+    std::function<void()> m_after;  ///< runs once the PDF of a conversion stands there
+    /// How many pages a file's PDF gets; one without it.
+    std::function<std::size_t(const std::string& path)> m_pages;
 
 private:
     ImportResult<std::string> convert(const std::string& how, const std::string& path,

@@ -26,6 +26,8 @@ public:
     /// A sheet; without an answer it stays open until `answerSheet`.
     void expectSheet(const Alert& alert, std::optional<AlertAnswer> answer);
     void answerSheet(AlertAnswer answer); ///< the oldest that is open
+    /// Whether all that was expected has come.
+    [[nodiscard]] bool isDone() const { return m_expected.empty(); }
 
     AlertAnswer runModal(const Alert& alert) override;
     void beginSheet(const Alert& alert, std::function<void(AlertAnswer)> ended) override;

@@ -5,10 +5,14 @@
 #include "tests/fakes/WindowLoop.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <filesystem>
+#include <future>
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace quillorn {
@@ -149,6 +153,31 @@ TEST_F(ImageViewFirIntakeTest, TheSameImageTwiceIsConvertedAndThenRefused) {
     EXPECT_EQ(source.shown(), "photo.png: photo.png");
 }
 
+/// Two pictures of the same name in two folders, of which one has a page more.
+struct Namesakes {
+    explicit Namesakes(tests::SourcePane& source) {
+        std::filesystem::create_directory(source.home / "a");
+        std::filesystem::create_directory(source.home / "b");
+        one = source.file("a/photo.png");
+        two = source.file("b/photo.png");
+        source.conversions.m_pages = [this](const std::string& path) {
+            return path == one ? 1U : 2U;
+        };
+    }
+    std::string one;
+    std::string two;
+};
+
+TEST_F(ImageViewFirIntakeTest, ANamesakeThatIsRefusedNeverTakesThePlaceOfTheFirst) {
+    const Namesakes photos(source);
+    source.open({photos.one, source.pdf("c.pdf", 1)});
+    source.alerts.expect("Infomation", "photo.png already exists!");
+    source.open({photos.two});
+    browser.setSelectionIndexes(IndexSet{{1}}, false);
+    pane.closePDFFile();
+    EXPECT_EQ(source.shown(), "photo.png: photo.png") << "the others are opened anew";
+}
+
 TEST_F(ImageViewFirIntakeTest, WhatIsNoPDFIsReportedAndTheOthersComeIn) {
     source.alerts.expect("Infomation", "no.pdf is not a legal file.");
     source.alerts.expect("Infomation", "gone.pdf is not a legal file.");
@@ -208,11 +237,11 @@ TEST_F(ImageViewFirIntakeTest, RecursivelyAFolderInAFolderIsGoneInto) {
 
 TEST_F(ImageViewFirIntakeTest, ConversionsTellWhatTheyDo) {
     source.drop({source.file("a.png")});
-    EXPECT_EQ(source.longWork.m_texts, (Names{"Converting a.png", "Opening a.png"}));
+    EXPECT_EQ(source.longWork.m_texts, Names{"Converting a.png"});
 }
 
 TEST_F(ImageViewFirIntakeTest, CancellingAConversionEndsTheWholeList) {
-    source.longWork.m_cancelFrom = 2;
+    source.longWork.m_cancelFrom = 1; // the second
     EXPECT_TRUE(source.drop({source.file("a.png"), source.file("b.png"), source.file("c.png"),
                              source.pdf("d.pdf", 1)}));
     EXPECT_EQ(source.shown(), "a.png: a.png");
@@ -343,6 +372,33 @@ TEST_F(WorkerIntakeTest, TwoListsAtOnceGiveOneGroupForEachFile) {
         }
         next = group.range.end;
     }
+    window.queue.close();
+    threads.finish();
+}
+
+TEST_F(WorkerIntakeTest, NamesakesOfTwoListsAreNotMistakenForEachOther) {
+    OwnedThreads threads;
+    tests::SourcePane source(window.queue, threads, work);
+    const Namesakes photos(source);
+    // The first stands there but is not open yet; the second had better wait.
+    std::promise<void> firstStands;
+    std::atomic<int> standing = 0;
+    source.conversions.m_after = [&firstStands, &standing]() {
+        if (++standing == 1) {
+            firstStands.set_value();
+            const auto patience = std::chrono::steady_clock::now() + std::chrono::milliseconds(300);
+            while (standing == 1 && std::chrono::steady_clock::now() < patience) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+        }
+    };
+    source.alerts.expect("Infomation", "photo.png already exists!");
+    source.pane.openFilesLoad({photos.one});
+    firstStands.get_future().wait();
+    source.pane.openFilesLoad({photos.two});
+    window.runUntil(
+        [&source]() { return source.alerts.isDone() && !source.pane.groupArray().empty(); });
+    EXPECT_EQ(source.shown(), "photo.png: photo.png");
     window.queue.close();
     threads.finish();
 }
