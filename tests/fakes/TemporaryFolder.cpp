@@ -11,8 +11,10 @@ namespace quillorn::tests {
 
 namespace fs = std::filesystem;
 
-TemporaryFolder::TemporaryFolder() {
-    std::string name = (fs::temp_directory_path() / "quillorn-test-XXXXXX").string();
+TemporaryFolder::TemporaryFolder() : TemporaryFolder(fs::temp_directory_path()) {}
+
+TemporaryFolder::TemporaryFolder(const fs::path& base) {
+    std::string name = (base / "quillorn-test-XXXXXX").string();
     if (::mkdtemp(name.data()) == nullptr) {
         throw std::runtime_error("cannot make a folder like " + name);
     }

@@ -10,8 +10,10 @@ namespace quillorn::tests {
 /// An empty folder for one test, removed with everything in it at the end.
 class TemporaryFolder {
 public:
-    /// Throws std::runtime_error where no folder can be made.
+    /// In the system's folder for such. Throws std::runtime_error where no folder can be made.
     TemporaryFolder();
+    /// In another folder.
+    explicit TemporaryFolder(const std::filesystem::path& base);
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;

@@ -1,17 +1,27 @@
 #include "platform/files/FileSnapshot.h"
 #include "tests/fakes/TemporaryFolder.h"
 
+#include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iostream>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace quillorn {
@@ -88,15 +98,62 @@ TEST_F(Snapshot, OfALargeFileIsMadeOnlyWhereBlocksCanBeShared) {
 TEST_F(Snapshot, IsMadeAcrossFileSystemsToo) {
     // Shared memory is a file system of its own on nearly every system. Where it is not, this is
     // one more copy inside one.
-    std::string name = (fs::exists("/dev/shm") ? "/dev/shm/" : m_folder.path().string() + "/");
-    name += "quillorn-test-XXXXXX";
-    ASSERT_NE(::mkdtemp(name.data()), nullptr);
-    tests::writeFile(fs::path(name) / "a.pdf", "over there");
-    const auto kept = openKept(fs::path(name) / "a.pdf", m_policy);
-    fs::remove_all(name);
-    ASSERT_TRUE(kept.has_value());
+    std::optional<KeptFile> kept;
+    {
+        const tests::TemporaryFolder there(fs::exists("/dev/shm") ? fs::path("/dev/shm")
+                                                                  : m_folder.path());
+        tests::writeFile(there / "a.pdf", "over there");
+        auto opened = openKept(there / "a.pdf", m_policy);
+        ASSERT_TRUE(opened.has_value());
+        kept = std::move(*opened);
+    }
     EXPECT_TRUE(kept->isSnapshot);
     EXPECT_EQ(contentOf(*kept), "over there");
+}
+
+/// From here on this process opens no file that has no name, as on file systems that cannot.
+bool refuseUnnamedFiles() {
+    constexpr std::uint32_t flag = O_TMPFILE & ~O_DIRECTORY;
+    const auto word = [](unsigned code, std::uint32_t value, unsigned char yes = 0,
+                         unsigned char no = 0) {
+        return sock_filter{static_cast<unsigned short>(code), yes, no, value};
+    };
+    // open() comes as openat, whose flags are the third argument; their lower half suffices.
+    std::array<sock_filter, 6> filter = {
+        word(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        word(BPF_JMP | BPF_JEQ | BPF_K, __NR_openat, 0, 3),
+        word(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[2])),
+        word(BPF_JMP | BPF_JSET | BPF_K, flag, 0, 1),
+        word(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EOPNOTSUPP),
+        word(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog program{static_cast<unsigned short>(filter.size()), filter.data()};
+    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+TEST_F(Snapshot, IsMadeWhereFilesNeedNames) {
+    tests::writeFile(m_file, "content");
+    const auto trySo = [this]() {
+        if (!refuseUnnamedFiles()) {
+            return "cannot refuse";
+        }
+        if (::open(m_policy.folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600) >= 0) {
+            return "is not refused";
+        }
+        const auto kept = openKept(m_file, m_policy);
+        if (!kept || !kept->isSnapshot || contentOf(*kept) != "content") {
+            return "no snapshot";
+        }
+        return tests::namesIn(m_policy.folder).empty() ? "well" : "left its name";
+    };
+    EXPECT_EXIT(
+        {
+            const std::string went = trySo();
+            std::cerr << went << std::endl;
+            std::_Exit(went == "well" ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "well");
 }
 
 TEST_F(Snapshot, FallsBackToWatchingWhereItsFolderIsMissing) {
