@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 
@@ -16,13 +17,14 @@
 
 namespace {
 
-// A folder for the log files, removed at exit.
+// A folder for the log files, removed at exit. Without one there is nothing to measure.
 class LogFolder {
 public:
     LogFolder() {
         std::string name = (std::filesystem::temp_directory_path() / "log_XXXXXX").string();
-        if (mkdtemp(name.data()) != nullptr)
-            m_path = name;
+        if (mkdtemp(name.data()) == nullptr)
+            throw std::runtime_error("cannot make a folder like " + name);
+        m_path = name;
     }
     ~LogFolder() {
         std::error_code error;
