@@ -11,6 +11,7 @@ using raw::numberOf;
 using raw::require;
 using raw::skipBlanks;
 using raw::skipWord;
+using raw::startsWithBlank;
 using raw::takeNumber;
 
 namespace {
@@ -64,7 +65,7 @@ std::uint64_t CrossReferences::startOfNewest() const {
     const std::size_t mark = tail.rfind("startxref");
     require(mark != std::string::npos);
     std::string_view text = std::string_view(tail).substr(mark);
-    require(skipWord(text, "startxref"));
+    require(skipWord(text, "startxref") && startsWithBlank(text)); // else it is a part of a word
     skipBlanks(text);
     const std::uint64_t start = takeNumber(text);
     require(text.starts_with("%%EOF"));
@@ -222,7 +223,9 @@ QPDFObjectHandle CrossReferences::dictionary(QPDFObjectHandle reference) {
         return objectInStream(entry->second, entry->third, number);
     }
     require(entry->third == 0);
-    return m_objects.objectAt(entry->second, number).dictionary;
+    const RawObjects::Found found = m_objects.objectAt(entry->second, number);
+    require(!found.isStream());
+    return found.dictionary;
 }
 
 QPDFObjectHandle CrossReferences::objectInStream(std::uint64_t stream, std::uint64_t position,
@@ -247,12 +250,11 @@ QPDFObjectHandle CrossReferences::objectInStream(std::uint64_t stream, std::uint
     for (std::uint64_t i = 0; i < count; ++i) {
         const std::uint64_t listed = takeNumber(pairs);
         const std::uint64_t offset = takeNumber(pairs);
+        require((listed == number) == (i == position)); // libqpdf takes the last that is listed
         if (i == position) {
-            require(listed == number);
             begin = offset;
         } else if (i == position + 1) {
             end = offset;
-            break;
         }
     }
     require(begin < end && end <= text.size() - first);

@@ -15,6 +15,10 @@ void skipBlanks(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
 }
 
+bool startsWithBlank(std::string_view text) {
+    return !text.empty() && blanks.find(text.front()) != std::string_view::npos;
+}
+
 bool skipWord(std::string_view& text, std::string_view word) {
     if (!text.starts_with(word)) {
         return false;
@@ -28,7 +32,7 @@ std::uint64_t takeNumber(std::string_view& text) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     require(error == std::errc{});
     text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-    require(!text.empty() && blanks.find(text.front()) != std::string_view::npos);
+    require(startsWithBlank(text));
     skipBlanks(text);
     return number;
 }
@@ -43,6 +47,7 @@ std::uint64_t numberOf(QPDFObjectHandle value) {
 using raw::require;
 using raw::skipBlanks;
 using raw::skipWord;
+using raw::startsWithBlank;
 using raw::takeNumber;
 
 namespace {
@@ -50,6 +55,16 @@ namespace {
 constexpr std::size_t dictionaryLength = 4096;     // read at first
 constexpr std::size_t longestDictionary = 8 << 20; // a page tree without inner nodes is one
 constexpr std::size_t endLength = 32;              // of what follows a stream's data
+
+/// Whether an object ends here: with the word for it, a blank, and more of the file behind that.
+/// libqpdf refuses an object that nothing follows.
+bool endsObject(std::string_view text) {
+    if (!skipWord(text, "endobj") || !startsWithBlank(text)) {
+        return false;
+    }
+    skipBlanks(text);
+    return !text.empty();
+}
 
 } // namespace
 
@@ -95,6 +110,9 @@ RawObjects::Found RawObjects::objectAt(std::uint64_t offset, std::uint64_t numbe
             }
             require(skipWord(text, "\r\n") || skipWord(text, "\n"));
             object.dataOffset = offset + static_cast<std::uint64_t>(text.data() - bytes.data());
+        } else if (!endsObject(text)) {
+            require(bytes.size() == length); // else the file ends with it
+            continue;
         }
         return object;
     }
@@ -118,11 +136,10 @@ std::string RawObjects::decodedStream(const Found& stream, std::size_t limit) {
 
     std::string bytes = bytesAt(stream.dataOffset, length + endLength);
     std::string_view end = std::string_view(bytes).substr(std::min(length, bytes.size()));
-    for (const std::string_view word : {"endstream", "endobj"}) {
-        skipBlanks(end);
-        require(skipWord(end, word));
-        require(end.empty() || raw::blanks.find(end.front()) != std::string_view::npos);
-    }
+    skipBlanks(end);
+    require(skipWord(end, "endstream") && startsWithBlank(end));
+    skipBlanks(end);
+    require(endsObject(end));
     bytes.resize(length);
     QPDFObjectHandle data = QPDFObjectHandle::newStream(&m_context, bytes);
     for (const char* key : {"/Filter", "/DecodeParms"}) {

@@ -25,6 +25,8 @@ public:
         QPDFObjectHandle dictionary;
         std::uint64_t dataOffset = 0; ///< of a stream's data; 0 without one
         std::uint64_t number = 0;
+
+        [[nodiscard]] bool isStream() const { return dataOffset > 0; }
     };
     /// The dictionary or stream at `offset`, of object `number` or, when that is 0, of any.
     [[nodiscard]] Found objectAt(std::uint64_t offset, std::uint64_t number);
@@ -61,6 +63,7 @@ inline void require(bool condition) {
 }
 
 void skipBlanks(std::string_view& text);
+[[nodiscard]] bool startsWithBlank(std::string_view text);
 /// Whether `word` was there.
 [[nodiscard]] bool skipWord(std::string_view& text, std::string_view word);
 /// A whole number, which a blank must follow; blanks behind it are taken, too.

@@ -29,21 +29,48 @@ constexpr std::size_t pages = 300; // few enough and they would be counted
 constexpr int firstPage = 20;
 constexpr std::size_t objects = firstPage + pages + 1; // the last is the cross-reference stream
 
+/// References to so many pages.
+std::string kidsOf(std::size_t count) {
+    std::string kids;
+    for (std::size_t i = 0; i < count; ++i) {
+        kids += referenceTo(firstPage + i) + " ";
+    }
+    return kids;
+}
+
 /// A document with cross-reference streams whose catalogue, page tree and pages are packed.
 RawPDF packedDocument(const std::string& catalogueEntries = "", std::size_t stated = pages) {
-    std::string kids;
     std::vector<std::pair<int, std::string>> packed;
     for (std::size_t i = 0; i < pages; ++i) {
         const auto number = firstPage + static_cast<int>(i);
-        kids += referenceTo(static_cast<std::size_t>(number)) + " ";
         packed.emplace_back(number, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 100 " +
                                         std::to_string(100 + i) + "] >>");
     }
     RawPDF pdf;
-    pdf.objectStream(
-        10, {{1, "<< /Type /Catalog /Pages 2 0 R " + catalogueEntries + ">>"},
-             {2, "<< /Type /Pages /Count " + std::to_string(stated) + " /Kids [" + kids + "] >>"}});
+    pdf.objectStream(10, {{1, "<< /Type /Catalog /Pages 2 0 R " + catalogueEntries + ">>"},
+                          {2, "<< /Type /Pages /Count " + std::to_string(stated) + " /Kids [" +
+                                  kidsOf(pages) + "] >>"}});
     pdf.objectStream(11, packed);
+    return pdf;
+}
+
+/// The same with a table and every object by itself. Object `asStream`, 1 for the catalogue or 2
+/// for the page tree, gets data and so becomes a stream.
+RawPDF looseDocument(int asStream = 0) {
+    const auto add = [asStream](RawPDF& pdf, int number, const std::string& entries) {
+        if (number == asStream) {
+            pdf.stream(number, entries, "");
+        } else {
+            pdf.object(number, "<< " + entries + " >>");
+        }
+    };
+    RawPDF pdf;
+    add(pdf, 1, "/Type /Catalog /Pages 2 0 R");
+    add(pdf, 2, "/Type /Pages /Count " + std::to_string(pages) + " /Kids [" + kidsOf(pages) + "]");
+    for (std::size_t i = 0; i < pages; ++i) {
+        pdf.object(firstPage + static_cast<int>(i),
+                   "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 9 9] >>");
+    }
     return pdf;
 }
 
@@ -198,6 +225,48 @@ TEST_F(OpeningFactsTest, AWordOfTheFormatInAStringDoesNotMislead) {
         changed(packedDocument().bytes(), "<< /Type /Catalog /Note (stream endobj) /Pages 2 0 R >>",
                 objects);
     expectLeftToLibrary(bytes);
+}
+
+TEST_F(OpeningFactsTest, ANumberInOneWordWithStartxrefIsLeftToTheLibrary) {
+    std::string bytes = tableDocument();
+    const std::size_t gap = bytes.rfind("startxref") + 9;
+    ASSERT_EQ(bytes[gap], '\n');
+    bytes.erase(gap, 1);
+    EXPECT_FALSE(libraryFactsOf(bytes).has_value());
+    expectLeftToLibrary(bytes);
+}
+
+TEST_F(OpeningFactsTest, AStreamIsNoCatalogueAndNoPageTree) {
+    for (const int asStream : {0, 1, 2}) {
+        const std::string bytes = looseDocument(asStream).bytes();
+        EXPECT_EQ(factsOf(bytes), asStream == 0 ? libraryFactsOf(bytes) : std::nullopt) << asStream;
+        EXPECT_EQ(libraryFactsOf(bytes).has_value(), asStream == 0) << asStream;
+    }
+}
+
+TEST_F(OpeningFactsTest, AnObjectThatNothingFollowsIsLeftToTheLibrary) {
+    const std::string catalogue = "1 0 obj\n<< /Type /Catalog /Pages 2 0 R >>\nendobj";
+    RawPDF document = looseDocument();
+    const std::size_t length = document.claimOffset(1, 1'000'000).bytes().size();
+    const std::string bytes = document.claimOffset(1, length).bytes();
+    ASSERT_EQ(bytes.size(), length);
+    for (const char* end : {"", "\n", " \n", "x", "x\n%", "%\n"}) {
+        EXPECT_FALSE(factsOf(bytes + catalogue + end).has_value()) << end;
+    }
+    const std::string followed = bytes + catalogue + "\n%";
+    ASSERT_TRUE(factsOf(followed).has_value());
+    EXPECT_EQ(factsOf(followed), libraryFactsOf(followed));
+}
+
+TEST_F(OpeningFactsTest, ANumberThatAnObjectStreamListsTwiceIsLeftToTheLibrary) {
+    const std::string tree = "<< /Type /Pages /Count 300 /Kids [" + kidsOf(pages) + "] >>";
+    const std::string other = "<< /Type /Pages /Count 299 /Kids [" + kidsOf(pages - 1) + "] >>";
+    RawPDF pdf = packedDocument();
+    pdf.objectStream(
+        10, {{1, "<< /Type /Catalog /Pages 2 0 R >>"}, {2, tree}, {3, "null"}, {2, other}});
+    pdf.compressed(2, 10, 1);
+    ASSERT_EQ(libraryFactsOf(pdf.bytes()), (OpeningFacts{{1, 5}, pages - 1}));
+    EXPECT_FALSE(factsOf(pdf.bytes()).has_value());
 }
 
 /// Whatever is damaged: libqpdf would say the same, or is asked.
