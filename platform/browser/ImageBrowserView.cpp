@@ -2,6 +2,7 @@
 
 #include "platform/browser/AccessibleBrowser.h"
 #include "platform/browser/PagePreview.h"
+#include "platform/ui/widgets/WidgetText.h"
 
 #include <QEvent>
 #include <QImage>
@@ -310,7 +311,7 @@ ImageBrowserItem ImageBrowserView::itemAtIndex(std::size_t index) const {
 }
 
 QString ImageBrowserView::groupTitle(std::size_t group) const {
-    return QString::fromStdString(m_groups.at(group).title);
+    return shownText(m_groups.at(group).title);
 }
 
 QString ImageBrowserView::placeOfItem(std::size_t index) const {

@@ -1,5 +1,6 @@
 #include "platform/browser/ImageBrowserView.h"
 #include "platform/browser/PagePreview.h"
+#include "platform/ui/widgets/WidgetText.h"
 
 #include <QKeyEvent>
 #include <algorithm>
@@ -221,7 +222,7 @@ void ImageBrowserView::updatePreview() {
         return;
     }
     const ImageBrowserItem item = itemAtIndex(*index);
-    m_preview->show(item.page, QString::fromStdString(item.title), placeOfItem(*index));
+    m_preview->show(item.page, shownText(item.title), placeOfItem(*index));
 }
 
 } // namespace quillorn

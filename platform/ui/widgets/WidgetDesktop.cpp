@@ -26,8 +26,8 @@ std::unique_ptr<QMessageBox> messageBox(const Alert& alert, QWidget& parent) {
     box->setObjectName(QStringLiteral("alert"));
     box->setIcon(alert.alternateButton.empty() ? QMessageBox::Information : QMessageBox::Question);
     box->setTextFormat(Qt::PlainText); // names of files may look like markup
-    box->setWindowTitle(toQString(alert.title));
-    box->setText(toQString(alert.message));
+    box->setWindowTitle(shownText(alert.title));
+    box->setText(shownText(alert.message));
     QPushButton* const first =
         box->addButton(toQStringWithoutMnemonic(alert.defaultButton), QMessageBox::AcceptRole);
     box->setDefaultButton(first);
