@@ -136,7 +136,10 @@ WindowSheets::WindowSheets(QWidget& mainWindow)
                         [](QDialog& dialog) { focusAll(dialog, "name"); },
                         [this]() { m_commands.cancel(changeNameWindow); }}),
       saveToPDFWindow({[this]() { return makeSave(); },
-                       [this](QDialog& dialog) { prepareSave(dialog); },
+                       [this](QDialog& dialog) {
+                           prepareSave(dialog);
+                           dialog.findChild<QPushButton*>(QStringLiteral("confirm"))->setFocus();
+                       },
                        [this]() { m_commands.cancel(saveToPDFWindow); }}),
       saveWindow(mainWindow, [this]() { m_commands.cancelSaving(); }),
       winAbout(
@@ -154,6 +157,7 @@ QDialog* WindowSheets::makePassword() {
     edit->setMinimumWidth(nameWidth);
     edit->setAccessibleName(QObject::tr("Password"));
     passwordText.attach(*edit);
+    question->setBuddy(edit);
     auto* const shows = new QCheckBox(QObject::tr("&Show password"), dialog);
     QObject::connect(shows, &QCheckBox::toggled, edit, [edit](bool shown) {
         edit->setEchoMode(shown ? QLineEdit::Normal : QLineEdit::Password);

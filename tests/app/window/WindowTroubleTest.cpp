@@ -52,5 +52,17 @@ TEST_F(WindowTroubleTest, ControlCharactersInNamesAreShownAsSigns) {
               "two\u240Alines.pdf* – Quillorn Folivane");
 }
 
+TEST_F(WindowTroubleTest, TheSaveSheetIsConfirmedByTheKeyThatItStartsWith) {
+    start();
+    open({pdf("a.pdf", 1)});
+    addAllToOutput();
+    whenShown("saveToPDFWindow", [](QDialog& dialog) {
+        ASSERT_NE(dialog.focusWidget(), nullptr);
+        EXPECT_EQ(dialog.focusWidget()->objectName(), QStringLiteral("confirm"));
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+    });
+    menus().save.action.trigger();
+}
+
 } // namespace
 } // namespace quillorn::tests

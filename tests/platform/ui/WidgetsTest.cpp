@@ -172,6 +172,27 @@ TEST_F(WidgetLongWorkTest, AnExceptionComesBack) {
                  std::runtime_error);
 }
 
+TEST(WidgetProgressSheet, IsCancelledByEscapeButNotByAKeyTooMuch) {
+    QWidget window;
+    window.show();
+    int cancels = 0;
+    WidgetProgressSheet sheet(window, [&cancels]() { ++cancels; });
+    sheet.begin(3);
+    QWidget* const dialog = QApplication::activeModalWidget();
+    ASSERT_NE(dialog, nullptr);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(dialog, patience));
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
+        QTest::keyClick(dialog->focusWidget(), key);
+    }
+    EXPECT_EQ(cancels, 0);
+    QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
+    auto* const button = qobject_cast<QPushButton*>(dialog->focusWidget());
+    ASSERT_NE(button, nullptr) << "Tab leads to the button";
+    QTest::keyClick(button, Qt::Key_Space);
+    EXPECT_EQ(cancels, 1);
+    sheet.end();
+}
+
 TEST(WidgetSheet, IsMadeWhenItIsFirstShownAndEndsWithItsModalRun) {
     QWidget window;
     window.show();
