@@ -75,7 +75,8 @@ AlertAnswer WidgetAlerts::runModal(const Alert& alert) {
 }
 
 void WidgetAlerts::beginSheet(const Alert& alert, std::function<void(AlertAnswer)> ended) {
-    QMessageBox* const box = messageBox(alert, sheetParent(m_mainWindow)).release(); // its parent's
+    // Always the main window's: whatever else is open may go before the answer.
+    QMessageBox* const box = messageBox(alert, m_mainWindow).release();
     box->setWindowModality(Qt::WindowModal);
     box->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(box, &QDialog::finished, box, [box, alert, ended = std::move(ended)]() {

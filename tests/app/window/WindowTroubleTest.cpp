@@ -26,6 +26,66 @@ protected:
     }
 };
 
+TEST_F(WindowTroubleTest, LockedFilesAreAskedAboutOneAfterTheOther) {
+    start();
+    const Texts locked = {lockedPDF("one.pdf"), lockedPDF("two.pdf")};
+    Texts asked(2);
+    answerAlert("OK", &asked[0]);
+    whenShown("passwordWindow", [this](QDialog& dialog) {
+        waitFor("the second file", [this]() { return wasTold("two.pdf needs a password"); });
+        type(dialog, "passwordText", "owner");
+        click(dialog, "confirm");
+    });
+    answerAlert("OK", &asked[1]);
+    whenShown("passwordWindow", [](QDialog& dialog) {
+        type(dialog, "passwordText", "owner");
+        click(dialog, "confirm");
+    });
+    program().openFiles(locked);
+    waitFor("both files", [this]() { return sourceTitles().size() == 2 && allShown(); });
+    EXPECT_THAT(sourceTitles(), ElementsAre("one.pdf", "two.pdf"));
+    EXPECT_EQ(asked[0],
+              "Infomation !: one.pdf has been encrypted,do you want to enter a password?");
+    EXPECT_EQ(asked[1],
+              "Infomation !: two.pdf has been encrypted,do you want to enter a password?");
+    waitFor("no window is left", []() { return QApplication::activeModalWidget() == nullptr; });
+}
+
+TEST_F(WindowTroubleTest, LockedFilesOfADropAreAskedAboutAfterIt) {
+    start();
+    answerAlert("OK");
+    whenShown("passwordWindow", [this](QDialog& dialog) {
+        EXPECT_THAT(sourceTitles(), ElementsAre("last.pdf"));
+        type(dialog, "passwordText", "owner");
+        click(dialog, "confirm");
+    });
+    answerAlert("Cancel");
+    dropFiles(sourceBrowser(), {lockedPDF("one.pdf"), lockedPDF("two.pdf"), pdf("last.pdf", 1)});
+    waitFor("the answers", [this]() { return allShown() && sourceTitles().size() == 2; });
+    EXPECT_THAT(sourceTitles(), ElementsAre("last.pdf", "one.pdf"));
+    waitFor("no window is left", []() { return QApplication::activeModalWidget() == nullptr; });
+}
+
+TEST_F(WindowTroubleTest, CancelBetweenTwoQuickFilesEndsTheList) {
+    start();
+    Texts many;
+    for (int i = 0; i < 20; ++i) {
+        many.push_back(pdf(std::to_string(i) + ".pdf", 1));
+    }
+    // A file has just been shown, and the next one has not begun.
+    sourceBrowser().setReloaded([this]() {
+        if (sourceTitles().size() == 3) {
+            window().activities().cancelAll();
+        }
+    });
+    program().openFiles(many);
+    waitFor("the end of the list",
+            [this]() { return sourceTitles().size() == 20 || wasTold("files were not read"); });
+    EXPECT_LT(sourceTitles().size(), 6U);
+    EXPECT_TRUE(wasTold("Cancelled. "));
+    waitFor("nothing goes on", [this]() { return window().activities().isIdle(); });
+}
+
 TEST_F(WindowTroubleTest, TheTitleShowsNamesAsTheyAre) {
     start();
     program().output().getGroupName("100%2 [*].pdf");
