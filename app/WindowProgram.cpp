@@ -276,14 +276,12 @@ void WindowProgram::connectPaneCommands() {
     forward(menus.viewZoomOut, &PaneMenus::zoomOut);
     forward(menus.viewCollapseAll, &PaneMenus::collapseAll);
     forward(menus.viewExpandAll, &PaneMenus::expandAll);
-    on(menus.selectAll, [this]() {
-        PaneView& pane = m_window.isOutputFocused() ? m_window.outputPane() : m_window.sourcePane();
-        pane.browser().selectAll();
-    });
-    on(menus.selectNone, [this]() {
-        PaneView& pane = m_window.isOutputFocused() ? m_window.outputPane() : m_window.sourcePane();
-        pane.browser().setSelectionIndexes({}, false);
-    });
+    on(menus.selectAll, [this]() { focusedView().browser().selectAll(); });
+    on(menus.selectNone, [this]() { focusedView().browser().setSelectionIndexes({}, false); });
+    for (PaneView* const view : {&m_window.sourcePane(), &m_window.outputPane()}) {
+        connect(&view->browser(), &ImageBrowserView::selectionChanged, this,
+                [this]() { m_window.menus().copyPages.setEnabled(hasSelectedPage()); });
+    }
     connect(&m_window, &MainWindow::focusedPaneChanged, this, &WindowProgram::refreshActions);
     for (PaneMenus* const pane : {&menus.source, &menus.output}) {
         for (MenuEntry* const entry : {&pane->closePDFFile, &pane->zoomIn, &pane->zoomOut,

@@ -66,6 +66,10 @@ private:
     void rememberToolbar();
 
     // What keys do in place of drags (WindowProgramPages.cpp).
+    [[nodiscard]] const BrowserPane& focusedPane();
+    [[nodiscard]] PaneView& focusedView();
+    /// Whether a page, and not only placeholders, is selected where the keys are.
+    [[nodiscard]] bool hasSelectedPage();
     void copyPages();
     void pastePages();
     void addToOutput();

@@ -66,7 +66,7 @@ void WindowProgram::refreshActions() {
     menus.viewExpandAll.setEnabled(pane.expandAll.action.isEnabled());
     menus.selectAll.setEnabled(pane.clearMenu.action.isEnabled());
     menus.selectNone.setEnabled(pane.closePDFFile.action.isEnabled());
-    menus.copyPages.setEnabled(pane.closePDFFile.action.isEnabled());
+    menus.copyPages.setEnabled(hasSelectedPage());
     menus.pastePages.setEnabled(items && !items->empty());
     menus.addToOutput.setEnabled(sourceSelected);
     menus.addToNewGroup.setEnabled(sourceSelected);

@@ -129,6 +129,7 @@ void ImageBrowserView::setSelection(BrowserSelection selection) {
     }
     tellAccessibleSelection(*this);
     updatePreview();
+    emit selectionChanged();
 }
 
 void ImageBrowserView::setCurrent(std::optional<std::size_t> item) {

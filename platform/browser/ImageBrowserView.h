@@ -91,6 +91,8 @@ signals:
     void zoomStepRequested(int direction);
     /// Keys went to another item or header.
     void currentChanged();
+    /// Other items are selected. The delegate was told before.
+    void selectionChanged();
 
 protected:
     bool viewportEvent(QEvent* event) override;

@@ -86,6 +86,23 @@ TEST_F(WindowTroubleTest, CancelBetweenTwoQuickFilesEndsTheList) {
     waitFor("nothing goes on", [this]() { return window().activities().isIdle(); });
 }
 
+TEST_F(WindowTroubleTest, APlaceholderIsNotCopied) {
+    start();
+    open({pdf("a.pdf", 2)});
+    addAllToOutput();
+    program().output().getGroupName("Empty.pdf");
+    outputBrowser().setFocus();
+    outputBrowser().setSelectionIndexes({2}, false); // the placeholder
+    EXPECT_FALSE(menus().copyPages.isEnabled());
+    outputBrowser().setSelectionIndexes({1, 2}, false);
+    EXPECT_TRUE(menus().copyPages.isEnabled());
+    menus().copyPages.trigger();
+    outputBrowser().setSelectionIndexes({2}, false);
+    menus().pastePages.trigger();
+    EXPECT_THAT(pagesOf(1), ElementsAre("2-a"));
+    EXPECT_THAT(pagesOf(0), ElementsAre("1-a", "2-a"));
+}
+
 TEST_F(WindowTroubleTest, TheTitleShowsNamesAsTheyAre) {
     start();
     program().output().getGroupName("100%2 [*].pdf");
