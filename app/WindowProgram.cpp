@@ -54,6 +54,9 @@ WindowProgram::WindowProgram(Surroundings surroundings)
 WindowProgram::~WindowProgram() {
     m_mainThread.close();
     m_threads.finish();
+    if (m_isClosed) {
+        m_output->removeWorkingFolder(); // a conversion may have written after the window closed
+    }
     for (PaneView* const pane : {&m_window.sourcePane(), &m_window.outputPane()}) {
         pane->browser().setReloaded({});
         pane->browser().setDelegate(nullptr);

@@ -103,6 +103,17 @@ TEST_F(WindowTroubleTest, APlaceholderIsNotCopied) {
     EXPECT_THAT(pagesOf(0), ElementsAre("1-a", "2-a"));
 }
 
+TEST_F(WindowTroubleTest, WhatAConversionWritesLateDoesNotStay) {
+    start();
+    answerAlert("Yes");
+    ASSERT_TRUE(window().close());
+    EXPECT_FALSE(std::filesystem::exists(cache));
+    std::filesystem::create_directories(cache);
+    writeFile(cache / "late.png", "written by a thread that had not ended");
+    stop();
+    EXPECT_FALSE(std::filesystem::exists(cache));
+}
+
 TEST_F(WindowTroubleTest, TheTitleShowsNamesAsTheyAre) {
     start();
     program().output().getGroupName("100%2 [*].pdf");
