@@ -47,6 +47,8 @@ public:
     void openFiles(const std::vector<std::string>& paths);
     /// Brings the window in front of others.
     void raiseWindow();
+    /// Whether the window was closed, so that the program is about to end.
+    [[nodiscard]] bool isClosed() const { return m_isClosed; }
 
     MainWindow& window() { return m_window; }
     ImageViewFir& source() { return *m_source; }

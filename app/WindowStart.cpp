@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -78,8 +80,10 @@ int runWindow(int argc, char** argv, const std::vector<std::string>& files) {
         return fail(folder.error().file.string() + ": " + folder.error().reason);
     }
     const std::string home = homeFolder();
-    // Twice: the one that ran may end while it is talked to.
-    for (int attempt = 0;; ++attempt) {
+    // More than once: the one that ran may end while it is talked to.
+    constexpr std::chrono::seconds patience{20};
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    for (;;) {
         auto claimed = RunningInstance::claim(*folder, home);
         if (!claimed) {
             return fail(claimed.error().file.string() + ": " + claimed.error().reason);
@@ -91,7 +95,7 @@ int runWindow(int argc, char** argv, const std::vector<std::string>& files) {
         if (done) {
             return exit_status::done;
         }
-        if (attempt > 0) {
+        if (done.error().errnoValue == ETIMEDOUT || std::chrono::steady_clock::now() >= deadline) {
             return fail("Quillorn Folivane runs already, but " + done.error().reason + ".");
         }
     }

@@ -69,6 +69,19 @@ TEST_F(WindowStartTest, ASecondStartHandsItsFilesToTheFirst) {
     EXPECT_TRUE(std::filesystem::exists(home / "Library/Caches/Quillorn Folivane/blank.pdf"));
 }
 
+TEST_F(WindowStartTest, AProgramThatIsStoppedIsToldOf) {
+    const RunningProgram first = windowed({}).start();
+    EXPECT_TRUE(waitUntil([this]() {
+        return std::filesystem::exists(home / "Library/Caches/Quillorn Folivane/blank.pdf");
+    }));
+    first.signal(SIGSTOP);
+    const ProgramResult second = windowed({pdf("a.pdf", 2)}).run();
+    first.signal(SIGCONT);
+    EXPECT_NE(second.status, 0);
+    EXPECT_EQ(second.errors,
+              "Quillorn Folivane runs already, but the running program does not answer.\n");
+}
+
 TEST_F(WindowStartTest, CommandsWorkBesideAWindow) {
     const RunningProgram first = windowed({}).start();
     const ProgramResult info = windowed({"info", "--count", pdf("a.pdf", 2)}).run();
