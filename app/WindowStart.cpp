@@ -39,6 +39,20 @@ bool isFile(const std::string& word) {
            std::filesystem::path(word).has_extension();
 }
 
+/// An absolute path without "." and "..", which means the folder above what a link leads to. The
+/// name itself stays, also when it is a link's.
+std::filesystem::path withoutDots(const std::filesystem::path& path) {
+    const bool goesUp = std::ranges::find(path, std::filesystem::path("..")) != path.end();
+    if (goesUp && path.filename() != "..") {
+        std::error_code error;
+        const std::filesystem::path folder = std::filesystem::canonical(path.parent_path(), error);
+        if (!error) {
+            return folder / path.filename();
+        }
+    }
+    return path.lexically_normal();
+}
+
 int fail(const std::string& what) {
     std::cerr << what << '\n';
     return exit_status::notWritten;
@@ -69,7 +83,7 @@ std::optional<std::vector<std::string>> filesForWindow(const std::vector<std::st
     for (const std::string& word : words) {
         std::error_code error;
         const std::filesystem::path path = std::filesystem::absolute(word, error);
-        files.push_back(error ? word : path.lexically_normal().string());
+        files.push_back(error ? word : withoutDots(path).string());
     }
     return files;
 }

@@ -33,6 +33,17 @@ TEST(FilesForWindow, FilesAreOpenedByTheirAbsolutePaths) {
     EXPECT_EQ(filesForWindow({"a.pdf"}, false), std::nullopt);
 }
 
+TEST(FilesForWindow, AFolderAboveIsThatOfTheFolderThatALinkLeadsTo) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directories(folder / "far/away");
+    std::filesystem::create_directory_symlink(folder / "far/away", folder / "link");
+    writeFile(folder / "far/a.pdf", "");
+    const auto files = filesForWindow({(folder / "link/../a.pdf").string()}, true);
+    ASSERT_TRUE(files && files->size() == 1);
+    EXPECT_TRUE(std::filesystem::exists(files->front())) << files->front();
+    EXPECT_EQ(files->front(), (std::filesystem::canonical(folder / "far") / "a.pdf").string());
+}
+
 class WindowStartTest : public ProgramFixture {
 protected:
     /// The program with a window that nobody sees, alone in its session.
