@@ -154,6 +154,7 @@ bool WindowProgram::shouldClose() {
 }
 
 void WindowProgram::restoreToolbar(QToolBar& toolbar) {
+    m_window.toolbarInstalled();
     // The toolbar is the last of the window's layout. On a small screen the window got less than it
     // asked for, and the divider's place may have left nothing to the output pane.
     if (m_window.splitter().sizes().at(1) == 0) {

@@ -140,6 +140,49 @@ TEST_F(WindowTroubleTest, ControlCharactersInNamesAreShownAsSigns) {
               "two\u240Alines.pdf* – Quillorn Folivane");
 }
 
+/// How light the drawn part of a picture is, from 0 to 1.
+double lightnessOf(const QImage& picture) {
+    double sum = 0;
+    double weight = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            const QColor color = picture.pixelColor(x, y);
+            sum += color.alphaF() * color.lightnessF();
+            weight += color.alphaF();
+        }
+    }
+    return weight > 0 ? sum / weight : 0;
+}
+
+TEST_F(WindowTroubleTest, ArrowsToWhatHasNoRoomAreSeenInADarkTheme) {
+    const QPalette before = QApplication::palette();
+    QPalette dark(QColor(49, 54, 59), QColor(42, 46, 50));
+    dark.setColor(QPalette::ButtonText, Qt::white);
+    QApplication::setPalette(dark);
+    start();
+    open({pdf("a.pdf", 1)});
+    window().resize(250, 300);
+    for (const char* const name : {"qt_toolbar_ext_button", "qt_menubar_ext_button"}) {
+        auto* const button = window().findChild<QToolButton*>(QLatin1String(name));
+        ASSERT_NE(button, nullptr) << name;
+        waitFor(name, [button]() { return button->isVisible(); });
+        EXPECT_GT(lightnessOf(button->icon().pixmap(16, 16).toImage()), 0.7) << name;
+    }
+    QApplication::setPalette(before);
+}
+
+TEST_F(WindowTroubleTest, TheLeastWindowHasRoomForTheTitlesOfItsPanes) {
+    start();
+    open({pdf("a.pdf", 1)});
+    window().resize(250, 300);
+    waitFor("the panes", [this]() { return window().outputPane().width() < 130; });
+    for (PaneView* const pane : {&window().sourcePane(), &window().outputPane()}) {
+        auto* const title = pane->findChild<QLabel*>();
+        ASSERT_NE(title, nullptr);
+        EXPECT_GE(title->width(), title->sizeHint().width()) << title->text().toStdString();
+    }
+}
+
 TEST_F(WindowTroubleTest, TheSaveSheetIsConfirmedByTheKeyThatItStartsWith) {
     start();
     open({pdf("a.pdf", 1)});
