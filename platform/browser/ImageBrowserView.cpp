@@ -78,7 +78,7 @@ void ImageBrowserView::reloadData() {
     m_layout.setGroups(std::move(groups));
     updateScrollBar();
     m_press = {};
-    m_band.reset();
+    endBand();
     if (m_current && *m_current >= m_layout.itemCount()) {
         setCurrent(m_layout.itemCount() > 0 ? std::optional(m_layout.itemCount() - 1)
                                             : std::nullopt);
@@ -347,6 +347,7 @@ void ImageBrowserView::focusInEvent(QFocusEvent* event) {
 
 void ImageBrowserView::focusOutEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusOutEvent(event);
+    endBand(); // a window that comes up takes the release of the button as well
     viewport()->update();
 }
 
@@ -367,6 +368,9 @@ void ImageBrowserView::timerEvent(QTimerEvent* event) {
 }
 
 void ImageBrowserView::scrollContentsBy(int /*dx*/, int /*dy*/) {
+    if (m_band) {
+        moveBand(m_edgePosition); // the contents moved below the pointer
+    }
     viewport()->update(); // the layers stay where they are, so nothing can be shifted
 }
 

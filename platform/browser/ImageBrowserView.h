@@ -181,6 +181,7 @@ private:
     void pressItem(std::size_t item, Qt::KeyboardModifiers modifiers);
     void beginBand(Qt::KeyboardModifiers modifiers);
     void moveBand(QPoint viewportPosition);
+    void endBand(); ///< what it selected stays so
     void scrollAtEdge(QPoint viewportPosition);
     void stopScrolling();
 
@@ -218,7 +219,7 @@ private:
     std::optional<DragOver> m_dragOver;
     BrowserDrop m_drop;
     QBasicTimer m_edgeTimer;
-    QPoint m_edgePosition;
+    QPoint m_edgePosition; ///< where the pointer was last, in the viewport
     QBasicTimer m_glideTimer;
     int m_glideTarget = 0;
     QBasicTimer m_wishTimer;

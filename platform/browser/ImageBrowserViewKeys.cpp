@@ -53,10 +53,7 @@ bool ImageBrowserView::handleCommandKey(const QKeyEvent& event) {
             togglePreview();
         } else if (m_band) {
             const BrowserSelection before = m_band->before;
-            m_band.reset();
-            m_press = {};
-            stopScrolling();
-            viewport()->update();
+            endBand();
             setSelection(before);
         } else {
             setSelection({});
