@@ -24,7 +24,7 @@ struct Drawing {
     std::string_view strokes;
 };
 
-constexpr std::array<Drawing, 26> drawings = {{
+constexpr std::array<Drawing, 27> drawings = {{
     {"add", "M 6 3 L 14 3 L 18 7 L 18 11 M 14 3 L 14 7 L 18 7 M 6 3 L 6 21 L 12 21 "
             "M 18 14 L 18 22 M 14 18 L 22 18"},
     {"import", "M 6 3 L 14 3 L 18 7 L 18 21 L 6 21 L 6 3 M 14 3 L 14 7 L 18 7 "
@@ -60,6 +60,7 @@ constexpr std::array<Drawing, 26> drawings = {{
     {"quit", "M 10 4 L 4 4 L 4 20 L 10 20 M 9 12 L 20 12 M 15.5 7.5 L 20 12 L 15.5 16.5"},
     {"messages", "M 4 4 L 20 4 L 20 16 L 11 16 L 7 20 L 7 16 L 4 16 L 4 4 M 8 8.5 L 16 8.5 "
                  "M 8 12 L 13 12"},
+    {"more", "M 6 6 L 12 12 L 6 18 M 13 6 L 19 12 L 13 18"},
 }};
 
 QPainterPath pathOf(std::string_view strokes) {

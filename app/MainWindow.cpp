@@ -41,6 +41,7 @@ MainWindow::MainWindow(PagePictures& pictures)
     buildPanes();
     buildStatusBar();
     connectView();
+    showMoreArrows();
 }
 
 void MainWindow::buildPanes() {
@@ -91,6 +92,14 @@ void MainWindow::connectView() {
     popUp(*m_outputPane, m_menus.outputContext);
 }
 
+void MainWindow::showMoreArrows() {
+    for (const char* const name : {"qt_menubar_ext_button", "qt_toolbar_ext_button"}) {
+        for (QToolButton* const button : findChildren<QToolButton*>(QLatin1String(name))) {
+            button->setIcon(lineIcon("more"));
+        }
+    }
+}
+
 void MainWindow::closeEvent(QCloseEvent* event) {
     if (!m_shouldClose || m_shouldClose()) {
         event->accept();
@@ -103,6 +112,9 @@ void MainWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::WindowStateChange) {
         m_menus.fullScreen.setChecked(windowState().testFlag(Qt::WindowFullScreen));
+    }
+    if (event->type() == QEvent::StyleChange || event->type() == QEvent::LayoutDirectionChange) {
+        showMoreArrows();
     }
 }
 

@@ -45,6 +45,8 @@ public:
 
     /// The pane that has, or had last, the keys.
     [[nodiscard]] bool isOutputFocused() const { return m_isOutputFocused; }
+    /// To be called once there is a toolbar.
+    void toolbarInstalled() { showMoreArrows(); }
     /// Asked when the window is to be closed.
     void setShouldClose(std::function<bool()> shouldClose) {
         m_shouldClose = std::move(shouldClose);
@@ -61,6 +63,9 @@ private:
     void buildPanes();
     void buildStatusBar();
     void connectView();
+    /// Gives the buttons that lead to what has no room an arrow in the palette's colours; the
+    /// style's own is dark whatever it stands on.
+    void showMoreArrows();
 
     WindowMenus m_menus;
     WindowSheets m_sheets;

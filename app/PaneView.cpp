@@ -65,7 +65,7 @@ PaneView::PaneView(const QString& title, PagePictures& pictures, QWidget* parent
 
     auto* const heading = new QHBoxLayout;
     heading->setContentsMargins(headingMargin + 2, headingMargin, headingMargin, headingMargin);
-    heading->setSpacing(2 * headingMargin);
+    heading->setSpacing(headingMargin); // no more, or a narrow pane's title is cut
     heading->addWidget(m_title);
     heading->addWidget(m_summary, 1);
     heading->addWidget(m_slider, 1);

@@ -29,6 +29,7 @@ constexpr std::string_view greeting = "quillorn-folivane 1\n";
 constexpr std::string_view answer = "taken\n";
 constexpr std::size_t largestMessage = std::size_t{4} << 20U; // bytes
 constexpr milliseconds senderPatience{5000};
+constexpr milliseconds startPatience{500}; // with one that has its lock, but not yet its socket
 constexpr milliseconds receiverPatience{1000};
 constexpr milliseconds retryAfter{20};
 
@@ -75,12 +76,29 @@ bool waitFor(int descriptor, short events, Clock::time_point deadline) {
 
 bool sendAll(int descriptor, std::string_view data, Clock::time_point deadline) {
     while (!data.empty()) {
-        const ssize_t sent = ::send(descriptor, data.data(), data.size(), MSG_NOSIGNAL);
+        const ssize_t sent =
+            ::send(descriptor, data.data(), data.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent >= 0) {
             data.remove_prefix(static_cast<std::size_t>(sent));
         } else if (errno != EINTR && (errno != EAGAIN || !waitFor(descriptor, POLLOUT, deadline))) {
             return false;
         }
+    }
+    return true;
+}
+
+/// Connects a socket that does not block. A program that stands still takes no connections, so
+/// that its queue of them fills up.
+bool connectTo(int descriptor, const sockaddr_un& address, Clock::time_point deadline) {
+    while (::connect(descriptor, generic(address), sizeof address) != 0) {
+        if (errno != EINTR && errno != EAGAIN) {
+            return false;
+        }
+        if (Clock::now() >= deadline) {
+            errno = ETIMEDOUT;
+            return false;
+        }
+        std::this_thread::sleep_for(retryAfter); // nothing tells when there is room
     }
     return true;
 }
@@ -116,16 +134,29 @@ FileResult<void> handOverOnce(const std::filesystem::path& file, const std::stri
     if (!address) {
         return tl::unexpected(address.error());
     }
-    const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (!socket.isOpen() || ::connect(socket.get(), generic(*address), sizeof *address) != 0) {
+    const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!socket.isOpen()) {
+        return tl::unexpected(FileError::fromErrno(file, errno, "cannot be reached"));
+    }
+    const FileError silence{file, "the running program does not answer", ETIMEDOUT};
+    if (!connectTo(socket.get(), *address, deadline)) {
+        if (errno == ETIMEDOUT) {
+            return tl::unexpected(silence);
+        }
         return tl::unexpected(
             FileError::fromErrno(file, errno, "cannot reach the running program"));
     }
-    if (!sendAll(socket.get(), message, deadline) || ::shutdown(socket.get(), SHUT_WR) != 0 ||
-        receiveAll(socket.get(), deadline) != answer) {
-        return tl::unexpected(FileError{file, "the running program does not answer", ETIMEDOUT});
+    const bool isSent =
+        sendAll(socket.get(), message, deadline) && ::shutdown(socket.get(), SHUT_WR) == 0;
+    const auto received = isSent ? receiveAll(socket.get(), deadline) : std::nullopt;
+    if (received == answer) {
+        return {};
     }
-    return {};
+    if (Clock::now() >= deadline) {
+        return tl::unexpected(silence);
+    }
+    return tl::unexpected(
+        FileError{file, "the running program ended before it answered", ECONNRESET});
 }
 
 } // namespace
@@ -151,9 +182,14 @@ RunningInstance::RunningInstance(FileDescriptor lock, FileDescriptor socket,
     : m_lock(std::move(lock)), m_socket(std::move(socket)), m_socketFile(std::move(socketFile)) {}
 
 RunningInstance::~RunningInstance() {
-    if (m_lock.isOpen()) {
+    stopListening();
+}
+
+void RunningInstance::stopListening() {
+    if (m_socket.isOpen()) {
         // While the lock is held; the next instance makes its own.
         ::unlink(m_socketFile.c_str());
+        m_socket = FileDescriptor();
     }
 }
 
@@ -191,13 +227,12 @@ FileResult<void> RunningInstance::handOver(const std::filesystem::path& folder,
                                            const std::string& homeFolder, const HandedOver& what) {
     const std::filesystem::path file = folder / (nameFor(homeFolder) + ".socket");
     const std::string message = handedOverText(what);
-    const auto deadline = Clock::now() + senderPatience;
+    const auto begin = Clock::now();
     for (;;) {
-        auto done = handOverOnce(file, message, deadline);
-        // It may have its lock, but not yet its socket.
-        const bool isStarting =
+        auto done = handOverOnce(file, message, begin + senderPatience);
+        const bool hasNoSocket =
             !done && (done.error().errnoValue == ENOENT || done.error().errnoValue == ECONNREFUSED);
-        if (!isStarting || Clock::now() >= deadline) {
+        if (!hasNoSocket || Clock::now() >= begin + startPatience) {
             return done;
         }
         std::this_thread::sleep_for(retryAfter);

@@ -33,7 +33,8 @@ public:
     claim(const std::filesystem::path& folder, const std::string& homeFolder);
 
     /// Hands something to the running instance and waits, for some seconds at most, until it has
-    /// taken it.
+    /// taken it. The error's number is ETIMEDOUT when it is there and does not answer; with any
+    /// other it may have ended, or be about to, so that claiming is worth another attempt.
     [[nodiscard]] static FileResult<void> handOver(const std::filesystem::path& folder,
                                                    const std::string& homeFolder,
                                                    const HandedOver& what);
@@ -49,6 +50,9 @@ public:
     /// Takes what was handed over. Nothing when it made no sense, or came from another user. Waits
     /// for a sender who is slow, but not long.
     [[nodiscard]] std::optional<HandedOver> accept();
+    /// Takes nothing any more, while this process goes on being the running instance: for its end,
+    /// which may take a moment. Whoever is not answered by then starts after it.
+    void stopListening();
 
 private:
     RunningInstance(FileDescriptor lock, FileDescriptor socket, std::filesystem::path socketFile);

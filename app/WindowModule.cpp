@@ -48,6 +48,9 @@ extern "C" int quillornRunWindow(int argc, char** argv, const std::vector<std::s
                                std::make_unique<SettingsPreferences>()});
         QSocketNotifier notifier(instance.descriptor(), QSocketNotifier::Read);
         QObject::connect(&notifier, &QSocketNotifier::activated, &program, [&program, &instance]() {
+            if (program.isClosed()) {
+                return; // what came now would be lost
+            }
             if (const auto what = instance.accept()) {
                 program.raiseWindow();
                 program.openFiles(what->files);
@@ -55,7 +58,10 @@ extern "C" int quillornRunWindow(int argc, char** argv, const std::vector<std::s
         });
         program.start();
         program.openFiles(files);
-        return QApplication::exec();
+        const int status = QApplication::exec();
+        notifier.setEnabled(false);
+        instance.stopListening();
+        return status;
     } catch (const std::exception& error) {
         std::cerr << "The program cannot go on: " << error.what() << '\n';
         return exit_status::notWritten;

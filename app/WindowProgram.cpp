@@ -54,6 +54,9 @@ WindowProgram::WindowProgram(Surroundings surroundings)
 WindowProgram::~WindowProgram() {
     m_mainThread.close();
     m_threads.finish();
+    if (m_isClosed) {
+        m_output->removeWorkingFolder(); // a conversion may have written after the window closed
+    }
     for (PaneView* const pane : {&m_window.sourcePane(), &m_window.outputPane()}) {
         pane->browser().setReloaded({});
         pane->browser().setDelegate(nullptr);
@@ -151,6 +154,7 @@ bool WindowProgram::shouldClose() {
 }
 
 void WindowProgram::restoreToolbar(QToolBar& toolbar) {
+    m_window.toolbarInstalled();
     // The toolbar is the last of the window's layout. On a small screen the window got less than it
     // asked for, and the divider's place may have left nothing to the output pane.
     if (m_window.splitter().sizes().at(1) == 0) {
@@ -276,14 +280,12 @@ void WindowProgram::connectPaneCommands() {
     forward(menus.viewZoomOut, &PaneMenus::zoomOut);
     forward(menus.viewCollapseAll, &PaneMenus::collapseAll);
     forward(menus.viewExpandAll, &PaneMenus::expandAll);
-    on(menus.selectAll, [this]() {
-        PaneView& pane = m_window.isOutputFocused() ? m_window.outputPane() : m_window.sourcePane();
-        pane.browser().selectAll();
-    });
-    on(menus.selectNone, [this]() {
-        PaneView& pane = m_window.isOutputFocused() ? m_window.outputPane() : m_window.sourcePane();
-        pane.browser().setSelectionIndexes({}, false);
-    });
+    on(menus.selectAll, [this]() { focusedView().browser().selectAll(); });
+    on(menus.selectNone, [this]() { focusedView().browser().setSelectionIndexes({}, false); });
+    for (PaneView* const view : {&m_window.sourcePane(), &m_window.outputPane()}) {
+        connect(&view->browser(), &ImageBrowserView::selectionChanged, this,
+                [this]() { m_window.menus().copyPages.setEnabled(hasSelectedPage()); });
+    }
     connect(&m_window, &MainWindow::focusedPaneChanged, this, &WindowProgram::refreshActions);
     for (PaneMenus* const pane : {&menus.source, &menus.output}) {
         for (MenuEntry* const entry : {&pane->closePDFFile, &pane->zoomIn, &pane->zoomOut,

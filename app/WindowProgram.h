@@ -47,6 +47,8 @@ public:
     void openFiles(const std::vector<std::string>& paths);
     /// Brings the window in front of others.
     void raiseWindow();
+    /// Whether the window was closed, so that the program is about to end.
+    [[nodiscard]] bool isClosed() const { return m_isClosed; }
 
     MainWindow& window() { return m_window; }
     ImageViewFir& source() { return *m_source; }
@@ -66,6 +68,10 @@ private:
     void rememberToolbar();
 
     // What keys do in place of drags (WindowProgramPages.cpp).
+    [[nodiscard]] const BrowserPane& focusedPane();
+    [[nodiscard]] PaneView& focusedView();
+    /// Whether a page, and not only placeholders, is selected where the keys are.
+    [[nodiscard]] bool hasSelectedPage();
     void copyPages();
     void pastePages();
     void addToOutput();

@@ -1,7 +1,10 @@
 #include "app/WindowProgram.h"
 #include "platform/browser/DragPasteboard.h"
 
+#include <algorithm>
+#include <ranges>
 #include <string>
+#include <utility>
 #include <vector>
 
 // What keys do in place of the mouse: pages go from pane to pane as a drag takes them.
@@ -23,13 +26,34 @@ private:
 
 } // namespace
 
+const BrowserPane& WindowProgram::focusedPane() {
+    return m_window.isOutputFocused() ? static_cast<BrowserPane&>(*m_output)
+                                      : static_cast<BrowserPane&>(*m_source);
+}
+
+PaneView& WindowProgram::focusedView() {
+    return m_window.isOutputFocused() ? m_window.outputPane() : m_window.sourcePane();
+}
+
+bool WindowProgram::hasSelectedPage() {
+    const PageItems& items = focusedPane().images();
+    // While the pane is built anew, the browser may still have selected what is gone.
+    const auto isPage = [&items](std::size_t index) {
+        return index < items.size() && !isPlaceholder(*items[index]);
+    };
+    // Range by range, and no further than the first page: a hundred thousand may be selected.
+    return std::ranges::any_of(focusedView().browser().selection().ranges(),
+                               [&isPage](const BrowserRange& range) {
+                                   const auto indexes = std::views::iota(range.first, range.end);
+                                   return std::ranges::any_of(indexes, isPage);
+                               });
+}
+
 void WindowProgram::copyPages() {
-    BrowserPane& pane = m_window.isOutputFocused() ? static_cast<BrowserPane&>(*m_output)
-                                                   : static_cast<BrowserPane&>(*m_source);
-    PaneView& view = m_window.isOutputFocused() ? m_window.outputPane() : m_window.sourcePane();
-    const IndexSet selection = view.browser().selectionIndexes();
-    if (!selection.empty()) {
-        m_dragPagesArray.replace(itemsAtIndexes(pane.images(), selection));
+    PageItems pages = realPages(
+        itemsAtIndexes(focusedPane().images(), focusedView().browser().selectionIndexes()));
+    if (!pages.empty()) {
+        m_dragPagesArray.replace(std::move(pages));
         refreshActions();
     }
 }

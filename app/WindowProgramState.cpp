@@ -26,10 +26,11 @@ void WindowProgram::refresh() {
     const std::vector<std::string>& groups = m_output->addPDFFileName();
     QString title = name;
     if (!groups.empty()) {
-        QString what = toQString(groups.front());
-        if (groups.size() > 1) {
-            what = tr("%1 and %2 more").arg(what).arg(groups.size() - 1);
+        QString what = shownText(groups.front());
+        if (groups.size() > 1) { // both at once, since the name may hold a "%2" of its own
+            what = tr("%1 and %2 more").arg(what, QString::number(groups.size() - 1));
         }
+        what.replace(QLatin1String("[*]"), QLatin1String("[*][*]")); // no place for the star
         title = what + QStringLiteral("[*] – ") + name;
     }
     m_window.setWindowTitle(title);
@@ -65,7 +66,7 @@ void WindowProgram::refreshActions() {
     menus.viewExpandAll.setEnabled(pane.expandAll.action.isEnabled());
     menus.selectAll.setEnabled(pane.clearMenu.action.isEnabled());
     menus.selectNone.setEnabled(pane.closePDFFile.action.isEnabled());
-    menus.copyPages.setEnabled(pane.closePDFFile.action.isEnabled());
+    menus.copyPages.setEnabled(hasSelectedPage());
     menus.pastePages.setEnabled(items && !items->empty());
     menus.addToOutput.setEnabled(sourceSelected);
     menus.addToNewGroup.setEnabled(sourceSelected);

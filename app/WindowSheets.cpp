@@ -34,7 +34,8 @@ class PathButton final : public QPushButton {
 public:
     using QPushButton::QPushButton;
 
-    void setPath(const QString& path) {
+    void setPath(const QString& whole) {
+        const QString path = shownText(whole);
         m_path = path;
         setToolTip(path);
         setAccessibleName(QObject::tr("Output folder %1").arg(path));
@@ -112,7 +113,7 @@ WindowSheets::WindowSheets(QWidget& mainWindow)
            [this](QDialog& dialog) {
                dialog.findChild<QLabel*>(QStringLiteral("question"))
                    ->setText(QObject::tr("Password of %1:")
-                                 .arg(toQString(lastPathComponent(m_commands.passwordFile()))));
+                                 .arg(shownText(lastPathComponent(m_commands.passwordFile()))));
                dialog.findChild<QCheckBox*>()->setChecked(false);
                focusAll(dialog, "passwordText");
            },
@@ -135,7 +136,10 @@ WindowSheets::WindowSheets(QWidget& mainWindow)
                         [](QDialog& dialog) { focusAll(dialog, "name"); },
                         [this]() { m_commands.cancel(changeNameWindow); }}),
       saveToPDFWindow({[this]() { return makeSave(); },
-                       [this](QDialog& dialog) { prepareSave(dialog); },
+                       [this](QDialog& dialog) {
+                           prepareSave(dialog);
+                           dialog.findChild<QPushButton*>(QStringLiteral("confirm"))->setFocus();
+                       },
                        [this]() { m_commands.cancel(saveToPDFWindow); }}),
       saveWindow(mainWindow, [this]() { m_commands.cancelSaving(); }),
       winAbout(
@@ -153,6 +157,7 @@ QDialog* WindowSheets::makePassword() {
     edit->setMinimumWidth(nameWidth);
     edit->setAccessibleName(QObject::tr("Password"));
     passwordText.attach(*edit);
+    question->setBuddy(edit);
     auto* const shows = new QCheckBox(QObject::tr("&Show password"), dialog);
     QObject::connect(shows, &QCheckBox::toggled, edit, [edit](bool shown) {
         edit->setEchoMode(shown ? QLineEdit::Normal : QLineEdit::Password);
@@ -233,7 +238,7 @@ void WindowSheets::prepareSave(QDialog& dialog) {
     QStringList names;
     qsizetype replaced = 0;
     for (const std::string& name : groups) {
-        names.append(toQString(name));
+        names.append(shownText(name));
         std::error_code error;
         if (std::filesystem::exists(joinedPath(btnSavePath.title(), name), error)) {
             ++replaced;

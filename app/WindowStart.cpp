@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -35,6 +37,20 @@ bool isFile(const std::string& word) {
     std::error_code error;
     return word.find('/') != std::string::npos || std::filesystem::exists(word, error) ||
            std::filesystem::path(word).has_extension();
+}
+
+/// An absolute path without "." and "..", which means the folder above what a link leads to. The
+/// name itself stays, also when it is a link's.
+std::filesystem::path withoutDots(const std::filesystem::path& path) {
+    const bool goesUp = std::ranges::find(path, std::filesystem::path("..")) != path.end();
+    if (goesUp && path.filename() != "..") {
+        std::error_code error;
+        const std::filesystem::path folder = std::filesystem::canonical(path.parent_path(), error);
+        if (!error) {
+            return folder / path.filename();
+        }
+    }
+    return path.lexically_normal();
 }
 
 int fail(const std::string& what) {
@@ -67,7 +83,7 @@ std::optional<std::vector<std::string>> filesForWindow(const std::vector<std::st
     for (const std::string& word : words) {
         std::error_code error;
         const std::filesystem::path path = std::filesystem::absolute(word, error);
-        files.push_back(error ? word : path.lexically_normal().string());
+        files.push_back(error ? word : withoutDots(path).string());
     }
     return files;
 }
@@ -78,8 +94,10 @@ int runWindow(int argc, char** argv, const std::vector<std::string>& files) {
         return fail(folder.error().file.string() + ": " + folder.error().reason);
     }
     const std::string home = homeFolder();
-    // Twice: the one that ran may end while it is talked to.
-    for (int attempt = 0;; ++attempt) {
+    // More than once: the one that ran may end while it is talked to.
+    constexpr std::chrono::seconds patience{20};
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    for (;;) {
         auto claimed = RunningInstance::claim(*folder, home);
         if (!claimed) {
             return fail(claimed.error().file.string() + ": " + claimed.error().reason);
@@ -91,7 +109,7 @@ int runWindow(int argc, char** argv, const std::vector<std::string>& files) {
         if (done) {
             return exit_status::done;
         }
-        if (attempt > 0) {
+        if (done.error().errnoValue == ETIMEDOUT || std::chrono::steady_clock::now() >= deadline) {
             return fail("Quillorn Folivane runs already, but " + done.error().reason + ".");
         }
     }

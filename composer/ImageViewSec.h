@@ -152,6 +152,8 @@ public:
     /// The same for any other window that this controller looks after: always yes, and the working
     /// folder goes.
     [[nodiscard]] bool windowShouldClose(Sheet& other);
+    /// Removes the working folder with everything in it, as far as that goes.
+    void removeWorkingFolder() const;
     [[nodiscard]] static bool applicationShouldTerminateAfterLastWindowClosed() { return true; }
 
     // Opening files here: ImageViewSecFiles.cpp. Their pages are shown behind all groups, belong
@@ -195,7 +197,6 @@ private:
     void runSheet(Sheet& sheet);
     void endSheet(Sheet& sheet);
     [[nodiscard]] bool writeGroup(std::size_t group);
-    void removeWorkingFolder() const;
     void showAlert(const std::string& title, const std::string& message);
 
     ImageViewSecOutlets m_outlets;

@@ -106,7 +106,8 @@ bool ImageViewSec::imageBrowserMoveItemsAtIndexes(ImageBrowser& /*browser*/,
     const std::size_t first = indexes.front();
     const std::size_t last = indexes.back();
     const std::string source = images().at(last)->imagePath();
-    const PageItems moving = itemsAtIndexes(images(), indexes);
+    // A placeholder is no page; it stays behind.
+    const PageItems moving = realPages(itemsAtIndexes(images(), indexes));
     const auto group = groupOfPath(source);
     if (!group || m_PDFArray[*group]->pageCount() == 0 || (first <= toIndex && toIndex <= last)) {
         return true;

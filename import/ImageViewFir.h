@@ -18,6 +18,7 @@
 #include "platform/ui/Window.h"
 #include "platform/ui/WorkerThreads.h"
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -61,10 +62,11 @@ struct ImageViewFirServices {
     std::function<std::string(std::string_view)> localizedString;
 };
 
-/// One list of files on its way in. `stop` ends it before the next file, and so does the user who
-/// cancels a conversion.
+/// One list of files on its way in. `stop` ends it before the next file, and so does the user's
+/// cancel.
 struct ImportRun {
     std::stop_token stop;
+    LongWork* work = nullptr; ///< shows and cancels the list as one; null: each file for itself
     bool isCancelled = false;
 
     [[nodiscard]] bool goesOn() const { return !isCancelled && !stop.stop_requested(); }
@@ -75,7 +77,7 @@ struct ImportRun {
 /// A file goes its route (FileRoute.h): converted if it must be, then opened, then shown. Opening
 /// and converting happen away from the thread of the window; the lists are touched, and alerts
 /// shown, on it alone. Files of the open panel come on a thread of their own, dropped ones are
-/// waited for. A file that needs a password is asked about and forgotten until it is answered.
+/// waited for. A file that needs a password is asked about; others that do wait for their turn.
 ///
 /// Pages keep their order and cannot be deleted one by one; whole files close. Every file's
 /// document is kept while its pages are shown, so that pages dragged from here are copied, never
@@ -88,7 +90,7 @@ public:
     [[nodiscard]] const std::vector<std::string>& pdfFilesName() const { return m_pdfFilesName; }
     /// What was chosen last in the open panel.
     [[nodiscard]] const std::vector<std::string>& fileArray() const { return m_fileArray; }
-    /// The one file that waits for a password.
+    /// The one file that is asked about, or was last. Others wait for their turn to replace it.
     [[nodiscard]] const std::string& pdfPasswordPath() const { return m_pdfPasswordPath; }
 
     // The pane: ImageViewFir.cpp.
@@ -179,6 +181,9 @@ private:
     void showAlert(const std::string& message);
     void refuse(const ImportRefusal& refusal);
     void askForPassword(const ImportRefusal& refusal);
+    /// Asks about the next file that waits, unless one is being asked about.
+    void askForNextPassword();
+    [[nodiscard]] bool dropFiles(const std::vector<std::string>& files);
     [[nodiscard]] DragOperation operationForFiles(const Pasteboard& pasteboard, bool entered);
     void beginOpenPanel(std::span<const std::string_view> types, Route route);
     void loadFiles(const std::vector<std::string>& paths, Route route);
@@ -204,8 +209,11 @@ private:
     NameTurns m_conversionTurns;            ///< by the names of files that are converted
     std::vector<std::string> m_fileArray;
     std::string m_pdfPasswordPath;
-    bool m_mSax = true;  ///< the pane is empty and shows its picture
-    bool m_mFirx = true; ///< no file has arrived since the start
+    std::deque<std::string> m_waitingForPassword; ///< paths, the next one first
+    bool m_isAskingForPassword = false;
+    bool m_isDropping = false; ///< the window takes no answers
+    bool m_mSax = true;        ///< the pane is empty and shows its picture
+    bool m_mFirx = true;       ///< no file has arrived since the start
 };
 
 } // namespace quillorn

@@ -3,6 +3,7 @@
 #include "model/FileNames.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 // The ways that files come in.
@@ -13,6 +14,22 @@ namespace {
 
 constexpr const char* messageTitle = "Infomation"; // the panes' messages are titled so
 constexpr const char* alreadyExists = "%@ already exists!";
+
+/// A flag that is up while this lives.
+class Raised {
+public:
+    explicit Raised(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~Raised() { m_flag = false; }
+    Raised(const Raised&) = delete;
+    Raised& operator=(const Raised&) = delete;
+
+private:
+    bool& m_flag;
+};
+
+std::string addingText(std::size_t files) {
+    return files == 1 ? std::string("Adding a file") : "Adding " + std::to_string(files) + " files";
+}
 
 bool hasType(const Pasteboard& pasteboard, std::string_view type) {
     const std::vector<std::string> types = pasteboard.types();
@@ -92,7 +109,8 @@ void ImageViewFir::addImagesWithPaths(const std::vector<std::string>& paths,
 
 void ImageViewFir::addByRoutes(const std::vector<std::string>& paths, Route route,
                                const std::stop_token& stop) {
-    ImportRun run{stop};
+    const std::unique_ptr<LongWork> series = m_services.longWork.series(addingText(paths.size()));
+    ImportRun run{stop, series.get()};
     for (std::size_t i = 0; i < paths.size(); ++i) {
         const FileRoute way = route(paths[i]);
         if (way == FileRoute::notLegal) {
@@ -172,9 +190,18 @@ bool ImageViewFir::performDragOperation(const DraggingInfo& info) {
     if (hasType(pasteboard, pasteboard_type::pages)) {
         return false;
     }
-    ImportRun run;
-    const std::vector<std::string> files =
-        pasteboard.propertyListForType(pasteboard_type::filenames);
+    bool isTaken = false;
+    {
+        const Raised dropping(m_isDropping);
+        isTaken = dropFiles(pasteboard.propertyListForType(pasteboard_type::filenames));
+    }
+    askForNextPassword();
+    return isTaken;
+}
+
+bool ImageViewFir::dropFiles(const std::vector<std::string>& files) {
+    const std::unique_ptr<LongWork> series = m_services.longWork.series(addingText(files.size()));
+    ImportRun run{{}, series.get()};
     for (std::size_t i = 0; i < files.size(); ++i) {
         const FileRoute route = dropRoute(files[i]);
         if (route == FileRoute::notLegal) {
@@ -195,15 +222,15 @@ bool ImageViewFir::perform(const std::string& text, ImportRun& run, const LongWo
     if (!run.goesOn()) {
         return false;
     }
-    const bool finished =
-        m_services.longWork.run(text, [&run, &work](const std::stop_token& cancelled) {
-            // The user's cancel ends the work, and the end of the program does.
-            std::stop_source either;
-            const auto end = [&either]() { either.request_stop(); };
-            const std::stop_callback byUser(cancelled, end);
-            const std::stop_callback byProgram(run.stop, end);
-            work(either.get_token());
-        });
+    LongWork& longWork = run.work != nullptr ? *run.work : m_services.longWork;
+    const bool finished = longWork.run(text, [&run, &work](const std::stop_token& cancelled) {
+        // The user's cancel ends the work, and the end of the program does.
+        std::stop_source either;
+        const auto end = [&either]() { either.request_stop(); };
+        const std::stop_callback byUser(cancelled, end);
+        const std::stop_callback byProgram(run.stop, end);
+        work(either.get_token());
+    });
     run.isCancelled = !finished;
     return run.goesOn();
 }

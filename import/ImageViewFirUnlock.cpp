@@ -2,6 +2,7 @@
 
 #include "model/FileNames.h"
 
+#include <algorithm>
 #include <utility>
 
 // Files that need a password.
@@ -15,10 +16,28 @@ constexpr const char* question = "%@ has been encrypted,do you want to enter a p
 } // namespace
 
 void ImageViewFir::askForPassword(const ImportRefusal& refusal) {
-    m_pdfPasswordPath = refusal.path; // a file that waited before this one waits no longer
-    const std::string name = lastPathComponent(refusal.path);
-    m_services.statusLine.showMessage(name + " needs a password: " + refusal.reason + ".");
-    m_services.alerts.beginSheet(Alert{"Infomation !", messageText(question, name), "OK", "Cancel"},
+    m_services.statusLine.showMessage(lastPathComponent(refusal.path) +
+                                      " needs a password: " + refusal.reason + ".");
+    const bool isAskedAbout = m_isAskingForPassword && refusal.path == m_pdfPasswordPath;
+    if (!isAskedAbout &&
+        std::ranges::find(m_waitingForPassword, refusal.path) == m_waitingForPassword.end()) {
+        m_waitingForPassword.push_back(refusal.path);
+    }
+    askForNextPassword();
+}
+
+void ImageViewFir::askForNextPassword() {
+    // One at a time: what is typed belongs to the file that was asked about, whatever comes in
+    // meanwhile. A drop is over before anybody can answer.
+    if (m_isAskingForPassword || m_isDropping || m_waitingForPassword.empty()) {
+        return;
+    }
+    m_isAskingForPassword = true;
+    m_pdfPasswordPath = std::move(m_waitingForPassword.front());
+    m_waitingForPassword.pop_front();
+    m_services.alerts.beginSheet(Alert{"Infomation !",
+                                       messageText(question, lastPathComponent(m_pdfPasswordPath)),
+                                       "OK", "Cancel"},
                                  [this](AlertAnswer code) { alertEnded(code); });
 }
 
@@ -27,6 +46,8 @@ void ImageViewFir::alertEnded(AlertAnswer code) {
         m_outlets.passwordText.setStringValue("");
         m_outlets.passwordWindow.runModal();
     }
+    m_isAskingForPassword = false;
+    askForNextPassword();
 }
 
 void ImageViewFir::isEnterPassword(Sheet& sender) {

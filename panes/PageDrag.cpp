@@ -15,6 +15,16 @@ PageItems itemsAtIndexes(const PageItems& items, const IndexSet& indexes) {
     return chosen;
 }
 
+bool isPlaceholder(const PageItem& item) {
+    return dynamic_cast<const blankItem*>(&item) != nullptr;
+}
+
+PageItems realPages(PageItems items) {
+    std::erase_if(items,
+                  [](const std::shared_ptr<PageItem>& item) { return isPlaceholder(*item); });
+    return items;
+}
+
 std::size_t writePageDrag(const PageItems& items, const IndexSet& indexes, Pasteboard& pasteboard) {
     std::vector<std::string> extensions;
     extensions.reserve(indexes.size());

@@ -16,6 +16,12 @@ using PageItems = std::vector<std::shared_ptr<PageItem>>;
 /// `items` at `indexes`, in their order. Throws std::out_of_range for an index beyond the end.
 [[nodiscard]] PageItems itemsAtIndexes(const PageItems& items, const IndexSet& indexes);
 
+/// Whether an item stands for no page, but for a group without any.
+[[nodiscard]] bool isPlaceholder(const PageItem& item);
+
+/// `items` without placeholders.
+[[nodiscard]] PageItems realPages(PageItems items);
+
 /// Announces a drag of pages on `pasteboard`: the pages type first, without data, then the names'
 /// type with the extension of each page's file ("pdf", "pdf", ...). Extensions and no paths: a
 /// drop elsewhere must not take these for files. The pages themselves travel beside the

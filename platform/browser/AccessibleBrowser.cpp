@@ -1,6 +1,7 @@
 #include "platform/browser/AccessibleBrowser.h"
 
 #include "platform/browser/ImageBrowserView.h"
+#include "platform/ui/widgets/WidgetText.h"
 
 #include <QAccessible>
 #include <QAccessibleWidget>
@@ -75,8 +76,8 @@ QString AccessibleChild::text(QAccessible::Text kind) const {
     }
     const BrowserLayout& layout = m_view.layoutOfItems();
     if (m_key.isItem) {
-        return QString::fromStdString(m_view.itemAtIndex(m_key.index).title) +
-               QStringLiteral(", ") + m_view.placeOfItem(m_key.index);
+        return shownText(m_view.itemAtIndex(m_key.index).title) + QStringLiteral(", ") +
+               m_view.placeOfItem(m_key.index);
     }
     const BrowserRange items = layout.itemsOf(m_key.index);
     const std::size_t count = items.end - items.first;

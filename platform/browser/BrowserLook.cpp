@@ -87,6 +87,29 @@ QSize BrowserLook::frameInDevicePixels(const QRect& cell) const {
     return {static_cast<int>(size.width()), static_cast<int>(size.height())};
 }
 
+HeaderTexts BrowserLook::headerTexts(const QRect& room, const QFont& font, const HeaderLook& look) {
+    constexpr int gap = 12;
+    constexpr int leastTitle = 80; // pixels, unless the title needs less
+    HeaderTexts texts;
+    texts.titleFont = font;
+    texts.titleFont.setBold(true);
+    const QFontMetrics titleMetrics(texts.titleFont);
+    texts.count = pagesText(look.pageCount);
+    const int countWidth = QFontMetrics(font).horizontalAdvance(texts.count);
+    const int titleWidth = room.width() - countWidth - gap;
+    if (titleWidth < std::min(leastTitle, titleMetrics.horizontalAdvance(look.title))) {
+        // Which group it is matters more than how large it is.
+        texts.count.clear();
+        texts.titleRect = room;
+    } else {
+        texts.countRect = room.adjusted(room.width() - countWidth, 0, 0, 0);
+        texts.titleRect = room.adjusted(0, 0, -countWidth - gap, 0);
+    }
+    texts.title =
+        titleMetrics.elidedText(look.title, Qt::ElideMiddle, std::max(texts.titleRect.width(), 0));
+    return texts;
+}
+
 void BrowserLook::drawHeader(QPainter& painter, const QRect& rect, const HeaderLook& look) const {
     constexpr int margin = 12;
     constexpr int triangleSide = 8;
@@ -114,20 +137,14 @@ void BrowserLook::drawHeader(QPainter& painter, const QRect& rect, const HeaderL
     painter.drawRoundedRect(chip, 3, 3);
 
     painter.setFont(m_font);
-    const QString count = pagesText(look.pageCount);
-    const int countWidth = QFontMetrics(m_font).horizontalAdvance(count);
-    const QRect countRect = rect.adjusted(rect.width() - margin - countWidth, 0, -margin, 0);
     painter.setPen(withAlpha(m_text, 0.6));
-    painter.drawText(countRect, Qt::AlignVCenter | Qt::AlignRight, count);
-    QFont bold = m_font;
-    bold.setBold(true);
-    painter.setFont(bold);
+    const int textLeft = static_cast<int>(chip.right()) + gap;
+    const HeaderTexts texts =
+        headerTexts(rect.adjusted(textLeft - rect.left(), 0, -margin, 0), m_font, look);
+    painter.drawText(texts.countRect, Qt::AlignVCenter | Qt::AlignRight, texts.count);
+    painter.setFont(texts.titleFont);
     painter.setPen(m_text);
-    const int titleLeft = static_cast<int>(chip.right()) + gap;
-    const QRect titleRect(titleLeft, rect.top(), countRect.left() - margin - titleLeft,
-                          rect.height());
-    painter.drawText(titleRect, Qt::AlignVCenter | Qt::AlignLeft,
-                     QFontMetrics(bold).elidedText(look.title, Qt::ElideMiddle, titleRect.width()));
+    painter.drawText(texts.titleRect, Qt::AlignVCenter | Qt::AlignLeft, texts.title);
     if (look.isFocused) {
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(m_palette.color(QPalette::Highlight), 1.5));

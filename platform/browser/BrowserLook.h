@@ -26,6 +26,15 @@ struct HeaderLook {
     bool isFocused = false; ///< keys act on it
 };
 
+/// The same as it is laid out.
+struct HeaderTexts {
+    QString title; ///< shortened where it must be
+    QRect titleRect;
+    QFont titleFont;
+    QString count; ///< empty where there is no room for it
+    QRect countRect;
+};
+
 /// What a cell shows.
 struct CellLook {
     PagePicture picture;
@@ -51,6 +60,9 @@ public:
     [[nodiscard]] QSize frameInDevicePixels(const QRect& cell) const;
 
     void drawHeader(QPainter& painter, const QRect& rect, const HeaderLook& look) const;
+    /// The texts of a header in the room that is left for them.
+    [[nodiscard]] static HeaderTexts headerTexts(const QRect& room, const QFont& font,
+                                                 const HeaderLook& look);
     /// A bar of the group's colour beside its cells.
     void drawGroupBar(QPainter& painter, const QRect& rect, const BrowserColor& color) const;
     void drawCell(QPainter& painter, const QRect& cell, const CellLook& look) const;

@@ -2,6 +2,7 @@
 
 #include "platform/browser/AccessibleBrowser.h"
 #include "platform/browser/PagePreview.h"
+#include "platform/ui/widgets/WidgetText.h"
 
 #include <QEvent>
 #include <QImage>
@@ -77,7 +78,7 @@ void ImageBrowserView::reloadData() {
     m_layout.setGroups(std::move(groups));
     updateScrollBar();
     m_press = {};
-    m_band.reset();
+    endBand();
     if (m_current && *m_current >= m_layout.itemCount()) {
         setCurrent(m_layout.itemCount() > 0 ? std::optional(m_layout.itemCount() - 1)
                                             : std::nullopt);
@@ -128,6 +129,7 @@ void ImageBrowserView::setSelection(BrowserSelection selection) {
     }
     tellAccessibleSelection(*this);
     updatePreview();
+    emit selectionChanged();
 }
 
 void ImageBrowserView::setCurrent(std::optional<std::size_t> item) {
@@ -310,7 +312,7 @@ ImageBrowserItem ImageBrowserView::itemAtIndex(std::size_t index) const {
 }
 
 QString ImageBrowserView::groupTitle(std::size_t group) const {
-    return QString::fromStdString(m_groups.at(group).title);
+    return shownText(m_groups.at(group).title);
 }
 
 QString ImageBrowserView::placeOfItem(std::size_t index) const {
@@ -345,6 +347,7 @@ void ImageBrowserView::focusInEvent(QFocusEvent* event) {
 
 void ImageBrowserView::focusOutEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusOutEvent(event);
+    endBand(); // a window that comes up takes the release of the button as well
     viewport()->update();
 }
 
@@ -365,6 +368,9 @@ void ImageBrowserView::timerEvent(QTimerEvent* event) {
 }
 
 void ImageBrowserView::scrollContentsBy(int /*dx*/, int /*dy*/) {
+    if (m_band) {
+        moveBand(m_edgePosition); // the contents moved below the pointer
+    }
     viewport()->update(); // the layers stay where they are, so nothing can be shifted
 }
 

@@ -91,6 +91,8 @@ signals:
     void zoomStepRequested(int direction);
     /// Keys went to another item or header.
     void currentChanged();
+    /// Other items are selected. The delegate was told before.
+    void selectionChanged();
 
 protected:
     bool viewportEvent(QEvent* event) override;
@@ -179,6 +181,7 @@ private:
     void pressItem(std::size_t item, Qt::KeyboardModifiers modifiers);
     void beginBand(Qt::KeyboardModifiers modifiers);
     void moveBand(QPoint viewportPosition);
+    void endBand(); ///< what it selected stays so
     void scrollAtEdge(QPoint viewportPosition);
     void stopScrolling();
 
@@ -216,7 +219,7 @@ private:
     std::optional<DragOver> m_dragOver;
     BrowserDrop m_drop;
     QBasicTimer m_edgeTimer;
-    QPoint m_edgePosition;
+    QPoint m_edgePosition; ///< where the pointer was last, in the viewport
     QBasicTimer m_glideTimer;
     int m_glideTarget = 0;
     QBasicTimer m_wishTimer;

@@ -1,5 +1,6 @@
 #include "platform/browser/ImageBrowserView.h"
 #include "platform/browser/PagePreview.h"
+#include "platform/ui/widgets/WidgetText.h"
 
 #include <QKeyEvent>
 #include <algorithm>
@@ -52,10 +53,7 @@ bool ImageBrowserView::handleCommandKey(const QKeyEvent& event) {
             togglePreview();
         } else if (m_band) {
             const BrowserSelection before = m_band->before;
-            m_band.reset();
-            m_press = {};
-            stopScrolling();
-            viewport()->update();
+            endBand();
             setSelection(before);
         } else {
             setSelection({});
@@ -221,7 +219,7 @@ void ImageBrowserView::updatePreview() {
         return;
     }
     const ImageBrowserItem item = itemAtIndex(*index);
-    m_preview->show(item.page, QString::fromStdString(item.title), placeOfItem(*index));
+    m_preview->show(item.page, shownText(item.title), placeOfItem(*index));
 }
 
 } // namespace quillorn

@@ -29,6 +29,7 @@ void ImageBrowserView::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) {
         return; // the right one comes as a context menu event
     }
+    endBand(); // of a press whose release was lost
     m_press = {Press::none, contentsPoint(event->position().toPoint()), 0};
     if (const auto header = m_layout.headerAt(m_press.place)) {
         m_press.kind = Press::header;
@@ -77,6 +78,16 @@ void ImageBrowserView::beginBand(Qt::KeyboardModifiers modifiers) {
         setSelection({});
     }
     m_band = std::move(band);
+    m_edgePosition = {m_press.place.x, m_press.place.y - scrollPosition()};
+}
+
+void ImageBrowserView::endBand() {
+    if (m_band) {
+        m_band.reset();
+        m_press = {};
+        stopScrolling();
+        viewport()->update();
+    }
 }
 
 void ImageBrowserView::mouseMoveEvent(QMouseEvent* event) {
@@ -122,8 +133,7 @@ void ImageBrowserView::mouseReleaseEvent(QMouseEvent* event) {
     stopScrolling();
     const MousePress press = std::exchange(m_press, {});
     if (m_band) {
-        m_band.reset();
-        viewport()->update();
+        endBand();
         return;
     }
     const BrowserPoint place = contentsPoint(event->position().toPoint());
@@ -239,9 +249,7 @@ void ImageBrowserView::scrollAtEdge(QPoint viewportPosition) {
     if (scrollPosition() == before) {
         return;
     }
-    if (m_band) {
-        moveBand(viewportPosition);
-    } else if (m_dragOver) {
+    if (m_dragOver) {
         updateDrop();
     }
 }

@@ -1,4 +1,5 @@
 #include "platform/browser/ImageBrowserView.h"
+#include "platform/ui/widgets/WidgetText.h"
 
 #include <QPaintEvent>
 #include <QPainter>
@@ -58,7 +59,7 @@ void ImageBrowserView::paintGroup(QPainter& painter, const BrowserLook& look,
     const BrowserRect header = m_layout.headerRect(group);
     const bool isExpanded = m_layout.isGroupExpanded(group);
     HeaderLook headerLook;
-    headerLook.title = QString::fromStdString(shown.title);
+    headerLook.title = shownText(shown.title);
     headerLook.color = shown.backgroundColor;
     headerLook.pageCount = items.end - items.first;
     headerLook.isExpanded = isExpanded;
@@ -80,7 +81,7 @@ void ImageBrowserView::paintItems(QPainter& painter, const BrowserLook& look) co
             const QRect cell = viewportRect(m_layout.itemRect(index));
             const ImageBrowserItem item = itemAtIndex(index);
             CellLook cellLook;
-            cellLook.title = QString::fromStdString(item.title);
+            cellLook.title = shownText(item.title);
             cellLook.hasPage = item.page != nullptr;
             cellLook.isSelected = m_selection.contains(index);
             cellLook.isFocused = hasFocus() && !m_focusedHeader && m_current == index;

@@ -1,11 +1,14 @@
 #include "app/RunningInstance.h"
 #include "tests/fakes/TemporaryFolder.h"
 
+#include <chrono>
 #include <future>
 #include <gtest/gtest.h>
+#include <optional>
 #include <poll.h>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace quillorn {
 namespace {
@@ -58,6 +61,46 @@ TEST_F(RunningInstanceTest, AProgramThatDoesNotAnswerIsTold) {
     const auto handed = RunningInstance::handOver(folder.path(), "/home/somebody", {});
     ASSERT_FALSE(handed.has_value());
     EXPECT_EQ(handed.error().reason, "the running program does not answer");
+}
+
+TEST_F(RunningInstanceTest, AProgramThatStandsStillIsNotWaitedForForEver) {
+    // More than a socket takes while nobody reads it.
+    std::optional<RunningInstance> first = claimed();
+    HandedOver many;
+    for (int i = 0; i < 20'000; ++i) {
+        many.files.push_back("/some/folder/with/a/long/name/file number " + std::to_string(i));
+    }
+    auto handed = std::async(std::launch::async, [this, &many]() {
+        return RunningInstance::handOver(folder.path(), "/home/somebody", many);
+    });
+    const bool hasEnded = handed.wait_for(std::chrono::minutes(1)) == std::future_status::ready;
+    EXPECT_TRUE(hasEnded);
+    first.reset(); // lets go whoever still waits
+    const auto result = handed.get();
+    ASSERT_FALSE(result.has_value());
+    if (hasEnded) {
+        EXPECT_EQ(result.error().reason, "the running program does not answer");
+    }
+}
+
+TEST_F(RunningInstanceTest, AProgramThatStandsStillWithAFullQueueIsNotWaitedForForEver) {
+    std::optional<RunningInstance> first = claimed();
+    std::vector<std::future<FileResult<void>>> senders;
+    for (int i = 0; i < 40; ++i) { // more than may wait to be accepted
+        senders.push_back(std::async(std::launch::async, [this]() {
+            return RunningInstance::handOver(folder.path(), "/home/somebody", {});
+        }));
+    }
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    for (auto& sender : senders) {
+        EXPECT_EQ(sender.wait_until(deadline), std::future_status::ready);
+    }
+    first.reset();
+    for (auto& sender : senders) {
+        const auto result = sender.get();
+        ASSERT_FALSE(result.has_value());
+        EXPECT_EQ(result.error().reason, "the running program does not answer");
+    }
 }
 
 TEST(HandedOverText, ReadsWhatItWrote) {

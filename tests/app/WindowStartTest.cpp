@@ -33,6 +33,17 @@ TEST(FilesForWindow, FilesAreOpenedByTheirAbsolutePaths) {
     EXPECT_EQ(filesForWindow({"a.pdf"}, false), std::nullopt);
 }
 
+TEST(FilesForWindow, AFolderAboveIsThatOfTheFolderThatALinkLeadsTo) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directories(folder / "far/away");
+    std::filesystem::create_directory_symlink(folder / "far/away", folder / "link");
+    writeFile(folder / "far/a.pdf", "");
+    const auto files = filesForWindow({(folder / "link/../a.pdf").string()}, true);
+    ASSERT_TRUE(files && files->size() == 1);
+    EXPECT_TRUE(std::filesystem::exists(files->front())) << files->front();
+    EXPECT_EQ(files->front(), (std::filesystem::canonical(folder / "far") / "a.pdf").string());
+}
+
 class WindowStartTest : public ProgramFixture {
 protected:
     /// The program with a window that nobody sees, alone in its session.
@@ -67,6 +78,19 @@ TEST_F(WindowStartTest, ASecondStartHandsItsFilesToTheFirst) {
     EXPECT_EQ(second.errors, "");
     EXPECT_TRUE(waitUntil([&]() { return first.hasOpenFileIn(work, 1); }));
     EXPECT_TRUE(std::filesystem::exists(home / "Library/Caches/Quillorn Folivane/blank.pdf"));
+}
+
+TEST_F(WindowStartTest, AProgramThatIsStoppedIsToldOf) {
+    const RunningProgram first = windowed({}).start();
+    EXPECT_TRUE(waitUntil([this]() {
+        return std::filesystem::exists(home / "Library/Caches/Quillorn Folivane/blank.pdf");
+    }));
+    first.signal(SIGSTOP);
+    const ProgramResult second = windowed({pdf("a.pdf", 2)}).run();
+    first.signal(SIGCONT);
+    EXPECT_NE(second.status, 0);
+    EXPECT_EQ(second.errors,
+              "Quillorn Folivane runs already, but the running program does not answer.\n");
 }
 
 TEST_F(WindowStartTest, CommandsWorkBesideAWindow) {

@@ -179,6 +179,16 @@ TEST_F(ImageViewSecPagesTest, BehindAnEmptyGroupMovedPagesLandOnePageLater) {
     EXPECT_EQ(output.shown(), "a.pdf: blank | b.pdf: b1 b2 b4 b3") << "not before b2";
 }
 
+TEST_F(ImageViewSecPagesTest, APlaceholderAmongMovedPagesStaysBehind) {
+    output.addGroup("a.pdf", 0);
+    output.addGroup("b.pdf", 2);
+    output.addGroup("c.pdf", 1);
+    output.move({0, 1, 2}, 4);
+    EXPECT_EQ(output.shown(), "a.pdf: blank | b.pdf: b1 b2 | c.pdf: c1 b1 b2");
+    output.move({0, 1}, 3); // within their group
+    EXPECT_EQ(output.shown(), "a.pdf: blank | b.pdf: b2 b1 | c.pdf: c1 b1 b2");
+}
+
 TEST_F(ImageViewSecPagesTest, APlaceholderCannotBeMoved) {
     output.addGroup("a.pdf", 2);
     output.addGroup("b.pdf", 0);

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <functional>
 #include <iterator>
+#include <memory>
 #include <stop_token>
 #include <string>
 #include <utility>
@@ -31,6 +32,21 @@ public:
     int m_started = 0;
 };
 
+/// A series whose pieces are work like any other.
+class PlainSeries final : public LongWork {
+public:
+    explicit PlainSeries(LongWork& all) : m_all(all) {}
+    [[nodiscard]] bool run(const std::string& text, const Work& work) override {
+        return m_all.run(text, work);
+    }
+    [[nodiscard]] std::unique_ptr<LongWork> series(const std::string& text) override {
+        return m_all.series(text);
+    }
+
+private:
+    LongWork& m_all;
+};
+
 /// Runs work at once. A test may let the user cancel from the n-th piece of work on.
 class ImmediateWork final : public LongWork {
 public:
@@ -44,7 +60,12 @@ public:
         work(stop.get_token());
         return !cancelled;
     }
+    [[nodiscard]] std::unique_ptr<LongWork> series(const std::string& text) override {
+        m_series.push_back(text);
+        return std::make_unique<PlainSeries>(*this);
+    }
 
+    std::vector<std::string> m_series;
     std::vector<std::string> m_texts;
     std::ptrdiff_t m_cancelFrom = -1; ///< index of the first piece that is cancelled
 };

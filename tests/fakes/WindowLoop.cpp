@@ -1,5 +1,7 @@
 #include "tests/fakes/WindowLoop.h"
 
+#include "tests/fakes/FakeThreads.h"
+
 #include <atomic>
 #include <chrono>
 #include <gtest/gtest.h>
@@ -42,6 +44,10 @@ bool WindowWork::run(const std::string& /*text*/, const Work& work) {
         m_loop.wake();
     });
     return m_loop.runUntil([&hasEnded]() { return hasEnded.load(); });
+}
+
+std::unique_ptr<LongWork> WindowWork::series(const std::string& /*text*/) {
+    return std::make_unique<PlainSeries>(*this);
 }
 
 } // namespace quillorn::tests

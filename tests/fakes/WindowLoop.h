@@ -5,6 +5,7 @@
 
 #include <condition_variable>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <stop_token>
 #include <string>
@@ -33,6 +34,7 @@ class WindowWork final : public LongWork {
 public:
     explicit WindowWork(WindowLoop& loop) : m_loop(loop) {}
     [[nodiscard]] bool run(const std::string& text, const Work& work) override;
+    [[nodiscard]] std::unique_ptr<LongWork> series(const std::string& text) override;
 
 private:
     WindowLoop& m_loop;

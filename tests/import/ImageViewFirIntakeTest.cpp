@@ -324,16 +324,42 @@ TEST_F(ImageViewFirIntakeTest, ThePasswordWindowCanBeLeftWithoutAPassword) {
     EXPECT_EQ(source.passwordWindow.m_stops, 1);
 }
 
-TEST_F(ImageViewFirIntakeTest, OfTwoFilesThatWaitOnlyTheLaterOneIsRemembered) {
+TEST_F(ImageViewFirIntakeTest, ASecondLockedFileWaitsForTheAnswerToTheFirst) {
     source.expectQuestion("one.pdf", std::nullopt);
+    const std::string one = source.encrypted("one.pdf", "first");
+    const std::string two = source.encrypted("two.pdf", "second");
+    source.open({one, two, one});
+    EXPECT_EQ(pane.pdfPasswordPath(), one);
+    source.typePassword("first");
     source.expectQuestion("two.pdf", std::nullopt);
-    const std::string two = source.encrypted("two.pdf", "secret");
-    source.open({source.encrypted("one.pdf", "secret"), two});
-    source.typePassword("secret");
     source.alerts.answerSheet(AlertAnswer::defaultButton);
-    EXPECT_EQ(pane.pdfFilesName(), Names{two});
-    source.alerts.answerSheet(AlertAnswer::alternateButton);
-    EXPECT_EQ(source.shown(), "two.pdf: 1-two 2-two");
+    EXPECT_EQ(pane.pdfFilesName(), Names{one});
+    EXPECT_EQ(pane.pdfPasswordPath(), two);
+    source.typePassword("second");
+    source.alerts.answerSheet(AlertAnswer::defaultButton);
+    EXPECT_EQ(source.shown(), "one.pdf: 1-one 2-one | two.pdf: 1-two 2-two");
+}
+
+TEST_F(ImageViewFirIntakeTest, ALockedFileThatComesWhileAPasswordIsTypedWaits) {
+    source.expectQuestion("one.pdf", AlertAnswer::defaultButton);
+    const std::string one = source.encrypted("one.pdf", "first");
+    const std::string two = source.encrypted("two.pdf", "second");
+    source.passwordWindow.m_user = [this, &two]() {
+        source.passwordText.m_value = "first";
+        source.open({two}); // by another list
+        EXPECT_EQ(source.passwordText.m_value, "first") << "what is typed stays";
+        source.expectQuestion("two.pdf", AlertAnswer::alternateButton);
+        pane.isEnterPassword(source.passwordWindow);
+    };
+    source.open({one});
+    EXPECT_EQ(source.shown(), "one.pdf: 1-one 2-one");
+    EXPECT_EQ(source.passwordWindow.m_runs, 1);
+}
+
+TEST_F(ImageViewFirIntakeTest, QuestionsOfADropComeWhenItIsOver) {
+    source.alerts.expect("Infomation", "no.pdf is not a legal file.");
+    source.expectQuestion("one.pdf", AlertAnswer::alternateButton);
+    EXPECT_TRUE(source.drop({source.encrypted("one.pdf", "secret"), source.file("no.pdf")}));
 }
 
 TEST_F(ImageViewFirIntakeTest, AnsweredAtOnceEachFileIsAskedAbout) {

@@ -3,6 +3,7 @@
 #include "platform/ui/widgets/WidgetText.h"
 
 #include <QHBoxLayout>
+#include <algorithm>
 #include <utility>
 
 namespace quillorn {
@@ -53,6 +54,13 @@ std::uint64_t ActivityPanel::begin(const std::string& text, std::stop_source sto
     return activity;
 }
 
+void ActivityPanel::setText(std::uint64_t activity, const std::string& text) {
+    if (const auto found = m_activities.find(activity); found != m_activities.end()) {
+        found->second.text = text;
+        refresh();
+    }
+}
+
 void ActivityPanel::end(std::uint64_t activity) {
     m_activities.erase(activity);
     refresh();
@@ -73,8 +81,9 @@ void ActivityPanel::refresh() {
         return;
     }
     m_vanish.stop();
-    m_cancel->setEnabled(true);
-    const QString text = toQString(m_activities.rbegin()->second.text) + QStringLiteral("…");
+    m_cancel->setEnabled(std::ranges::any_of(
+        m_activities, [](const auto& numbered) { return !numbered.second.stop.stop_requested(); }));
+    const QString text = shownText(m_activities.rbegin()->second.text) + QStringLiteral("…");
     m_label->setText(fontMetrics().elidedText(text, Qt::ElideMiddle, labelWidth));
     m_label->setToolTip(text);
     if (isHidden() && !m_appear.isActive()) {

@@ -22,6 +22,8 @@ public:
 
     /// Something began. Cancelling stops `stop`. Returns its number.
     std::uint64_t begin(const std::string& text, std::stop_source stop);
+    /// It goes on with something else.
+    void setText(std::uint64_t activity, const std::string& text);
     void end(std::uint64_t activity);
     [[nodiscard]] bool isIdle() const { return m_activities.empty(); }
     /// Stops everything that is under way.

@@ -29,6 +29,7 @@ bool isInput(QEvent::Type type) {
     case QEvent::TabletRelease:
     case QEvent::Shortcut:
     case QEvent::ShortcutOverride:
+    case QEvent::InputMethod:
     case QEvent::DragEnter:
     case QEvent::DragMove:
     case QEvent::Drop:
@@ -71,9 +72,10 @@ bool InputGuard::eventFilter(QObject* watched, QEvent* event) {
     if (!isInput(event->type()) || watched == nullptr) {
         return QObject::eventFilter(watched, event);
     }
-    // A shortcut's event goes to its action, wherever that belongs.
-    const bool isShortcut = event->type() == QEvent::Shortcut;
-    if (isShortcut || isBlocked(*watched)) {
+    // A shortcut's event goes to its action, which belongs to no window: these are the commands of
+    // those that were open. The marked letter of a button belongs to the button and its window.
+    const bool isCommand = event->type() == QEvent::Shortcut && !watched->isWidgetType();
+    if (isCommand || isBlocked(*watched)) {
         event->ignore();
         return true;
     }

@@ -39,7 +39,7 @@ MessageLine::MessageLine(QWidget* parent)
 }
 
 void MessageLine::showMessage(const std::string& text) {
-    m_messages.append(toQString(text));
+    m_messages.append(shownText(text));
     if (m_messages.size() > keptMessages) {
         m_messages.removeFirst();
         ++m_dropped;

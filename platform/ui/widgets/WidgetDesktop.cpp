@@ -26,8 +26,8 @@ std::unique_ptr<QMessageBox> messageBox(const Alert& alert, QWidget& parent) {
     box->setObjectName(QStringLiteral("alert"));
     box->setIcon(alert.alternateButton.empty() ? QMessageBox::Information : QMessageBox::Question);
     box->setTextFormat(Qt::PlainText); // names of files may look like markup
-    box->setWindowTitle(toQString(alert.title));
-    box->setText(toQString(alert.message));
+    box->setWindowTitle(shownText(alert.title));
+    box->setText(shownText(alert.message));
     QPushButton* const first =
         box->addButton(toQStringWithoutMnemonic(alert.defaultButton), QMessageBox::AcceptRole);
     box->setDefaultButton(first);
@@ -75,7 +75,8 @@ AlertAnswer WidgetAlerts::runModal(const Alert& alert) {
 }
 
 void WidgetAlerts::beginSheet(const Alert& alert, std::function<void(AlertAnswer)> ended) {
-    QMessageBox* const box = messageBox(alert, sheetParent(m_mainWindow)).release(); // its parent's
+    // Always the main window's: whatever else is open may go before the answer.
+    QMessageBox* const box = messageBox(alert, m_mainWindow).release();
     box->setWindowModality(Qt::WindowModal);
     box->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(box, &QDialog::finished, box, [box, alert, ended = std::move(ended)]() {

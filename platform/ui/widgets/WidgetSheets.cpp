@@ -6,6 +6,7 @@
 #include <QDialogButtonBox>
 #include <QEventLoop>
 #include <QLabel>
+#include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -27,6 +28,17 @@ int asInt(std::size_t value) {
 QWidget& sheetParent(QWidget& mainWindow) {
     QWidget* const modal = QApplication::activeModalWidget();
     return modal != nullptr ? *modal : mainWindow;
+}
+
+QDialogButtonBox* cancelButtonBeside(QProgressBar& bar, QDialog& dialog) {
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, &dialog); // the dialog's
+    QPushButton* const cancel = buttons->button(QDialogButtonBox::Cancel);
+    cancel->setAutoDefault(false);
+    cancel->setDefault(false);
+    bar.setFocusPolicy(Qt::TabFocus);
+    bar.setFocus();
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    return buttons;
 }
 
 void WidgetSheet::runModal() {
@@ -77,11 +89,9 @@ void WidgetProgressSheet::make() {
     auto* const bar = new QProgressBar(dialog);
     bar->setMinimumWidth(progressWidth);
     bar->setAccessibleName(QObject::tr("Progress of the file being written"));
-    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, dialog);
     layout->addWidget(label);
     layout->addWidget(bar);
-    layout->addWidget(buttons);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+    layout->addWidget(cancelButtonBeside(*bar, *dialog));
     QObject::connect(dialog, &QDialog::rejected, dialog, [this]() {
         if (m_isWriting) {
             m_cancelled();

@@ -3,6 +3,7 @@
 #include "platform/ui/Sheet.h"
 
 #include <QDialog>
+#include <QDialogButtonBox>
 #include <QPointer>
 #include <QProgressBar>
 #include <cstddef>
@@ -15,6 +16,10 @@ namespace quillorn {
 
 /// Where a new sheet goes: on the sheet that is open, or else on the main window.
 [[nodiscard]] QWidget& sheetParent(QWidget& mainWindow);
+
+/// A cancel button below `bar`, which keeps the keys: Return or Space, pressed once too often in
+/// the sheet before, must not cancel. Escape does, and Tab leads to the button.
+[[nodiscard]] QDialogButtonBox* cancelButtonBeside(QProgressBar& bar, QDialog& dialog);
 
 /// A dialog as a sheet. The dialog is made when it is run for the first time, since most runs of
 /// the program need none.

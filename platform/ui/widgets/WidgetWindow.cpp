@@ -36,8 +36,16 @@ QWidget* spacer(QToolBar& bar, QSizePolicy::Policy policy) {
 
 } // namespace
 
+QRect placedOnScreen(const WindowFrame& frame, const QRect& screen, const QRect& room) {
+    QRect rect = toRect(frame).translated(screen.topLeft());
+    rect.setSize(rect.size().boundedTo(room.size()));
+    rect.moveLeft(std::clamp(rect.left(), room.left(), room.right() + 1 - rect.width()));
+    rect.moveTop(std::clamp(rect.top(), room.top(), room.bottom() + 1 - rect.height()));
+    return rect;
+}
+
 WindowFrame WidgetWindow::frame() const {
-    const QRect rect = m_window.geometry();
+    const QRect rect = m_window.geometry().translated(-m_window.screen()->geometry().topLeft());
     return {static_cast<double>(rect.x()), static_cast<double>(rect.y()),
             static_cast<double>(rect.width()), static_cast<double>(rect.height())};
 }
@@ -56,12 +64,8 @@ void WidgetWindow::setFrame(const WindowFrame& frame, bool /*animate*/) {
                        m_window.frameGeometry().right() - m_window.geometry().right(),
                        m_window.frameGeometry().bottom() - m_window.geometry().bottom())
             : QMargins();
-    const QRect inside = room.marginsRemoved(decoration);
-    QRect rect = toRect(frame);
-    rect.setSize(rect.size().boundedTo(inside.size()));
-    rect.moveLeft(std::clamp(rect.left(), inside.left(), inside.right() + 1 - rect.width()));
-    rect.moveTop(std::clamp(rect.top(), inside.top(), inside.bottom() + 1 - rect.height()));
-    m_window.setGeometry(rect);
+    m_window.setGeometry(
+        placedOnScreen(frame, screen->geometry(), room.marginsRemoved(decoration)));
 }
 
 void WidgetWindow::setMinSize(const WindowSize& size) {

@@ -4,11 +4,17 @@
 
 #include <QMainWindow>
 #include <QPointer>
+#include <QRect>
 #include <QSplitter>
 #include <QToolBar>
 #include <functional>
 
 namespace quillorn {
+
+/// Where a window goes that is to have `frame` on a screen with this geometry: all of it into
+/// `room`, which is what the desktop leaves of the screen, smaller where it must be.
+[[nodiscard]] QRect placedOnScreen(const WindowFrame& frame, const QRect& screen,
+                                   const QRect& room);
 
 /// A main window as its controllers see it.
 class WidgetWindow final : public Window {
@@ -21,6 +27,7 @@ public:
         m_toolbarInstalled = std::move(installed);
     }
 
+    /// From the corner of the screen that the window is on.
     [[nodiscard]] WindowFrame frame() const override;
     /// Without animation, and no larger than the screen has room for. A window that fills the
     /// screen stays so.

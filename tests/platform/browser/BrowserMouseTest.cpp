@@ -1,6 +1,8 @@
 #include "tests/platform/browser/BrowserTesting.h"
 
 #include <QContextMenuEvent>
+#include <QFocusEvent>
+#include <QScrollBar>
 #include <QSignalSpy>
 
 namespace quillorn {
@@ -123,6 +125,34 @@ TEST_F(BrowserMouseTest, ARubberBandHeldAtTheEdgeScrollsAndSelectsOn) {
     QTest::mouseMove(viewport(), QPoint(20, -40));
     EXPECT_TRUE(QTest::qWaitFor([this] { return scrolled() == 0; }, 20'000));
     QTest::mouseRelease(viewport(), Qt::LeftButton, {}, QPoint(20, -40));
+}
+
+TEST_F(BrowserMouseTest, TheWheelScrollsBelowARubberBand) {
+    drawBand(emptyPlace(), middleOf(2));
+    EXPECT_EQ(selected(), (IndexSet{2, 3}));
+    m_view->verticalScrollBar()->setValue(m_view->verticalScrollBar()->maximum());
+    EXPECT_GT(selected().size(), 2U) << "the pointer is elsewhere in the contents now";
+    m_view->verticalScrollBar()->setValue(0);
+    EXPECT_EQ(selected(), (IndexSet{2, 3}));
+    QTest::mouseRelease(viewport(), Qt::LeftButton, {}, middleOf(2));
+}
+
+TEST_F(BrowserMouseTest, ARubberBandWhoseReleaseWasLostEnds) {
+    drawBand(emptyPlace(), middleOf(2));
+    QTest::mousePress(viewport(), Qt::LeftButton, {}, middleOf(5)); // the next one, on a page
+    EXPECT_EQ(selected(), (IndexSet{5}));
+    QTest::mouseMove(viewport(), middleOf(5) + QPoint(1, 0));
+    EXPECT_EQ(selected(), (IndexSet{5}));
+    QTest::mouseRelease(viewport(), Qt::LeftButton, {}, middleOf(5));
+}
+
+TEST_F(BrowserMouseTest, ARubberBandEndsWhenTheKeysGoElsewhere) {
+    drawBand(emptyPlace(), middleOf(2));
+    QFocusEvent out(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+    QApplication::sendEvent(m_view.get(), &out);
+    QTest::mouseMove(viewport(), middleOf(5));
+    EXPECT_EQ(selected(), (IndexSet{2, 3}));
+    QTest::mouseRelease(viewport(), Qt::LeftButton, {}, middleOf(5));
 }
 
 TEST_F(BrowserMouseTest, AMenuOnAPageSelectsItUnlessItIsSelected) {

@@ -6,10 +6,13 @@
 #include "platform/ui/widgets/WidgetSheets.h"
 #include "platform/ui/widgets/WidgetText.h"
 
+#include <QAction>
 #include <QApplication>
+#include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QShortcutEvent>
 #include <QTest>
 #include <QTimer>
 #include <atomic>
@@ -143,6 +146,53 @@ TEST_F(WidgetLongWorkTest, ClicksOnTheWindowAreDroppedMeanwhile) {
     EXPECT_EQ(clicks, 1);
 }
 
+TEST_F(WidgetLongWorkTest, KeysAndShortcutsAreDroppedMeanwhile) {
+    QLineEdit line(&m_window);
+    line.show();
+    QAction command;
+    command.setShortcut(Qt::CTRL | Qt::Key_K);
+    m_window.addAction(&command);
+    QPushButton button(QStringLiteral("&Go"), &m_window);
+    button.show();
+    int commands = 0;
+    QObject::connect(&command, &QAction::triggered, &command, [&commands]() { ++commands; });
+    QObject::connect(&button, &QPushButton::clicked, &button, [&commands]() { ++commands; });
+    m_window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&m_window, patience));
+    line.setFocus();
+    const auto typeAll = [&]() {
+        QTest::keyClick(&line, Qt::Key_A);
+        QTest::keyClick(&line, Qt::Key_K, Qt::ControlModifier);
+        QTest::keyClick(&line, Qt::Key_G, Qt::AltModifier);
+    };
+    EXPECT_TRUE(m_work.run("", [&](const std::stop_token&) { m_mainThread.runAndWait(typeAll); }));
+    EXPECT_EQ(line.text(), QString());
+    EXPECT_EQ(commands, 0);
+    typeAll();
+    EXPECT_EQ(line.text(), QStringLiteral("a"));
+    EXPECT_TRUE(QTest::qWaitFor([&commands]() { return commands >= 2; }, patience));
+    EXPECT_EQ(commands, 2);
+}
+
+TEST_F(WidgetLongWorkTest, AWindowThatOpensMeanwhileTakesItsMarkedLetters) {
+    bool isAnswered = false;
+    const auto ask = [this, &isAnswered]() {
+        QDialog alert(&m_window);
+        auto* const button = new QPushButton(QStringLiteral("&Yes"), &alert);
+        QObject::connect(button, &QPushButton::clicked, &alert, [&isAnswered, &alert]() {
+            isAnswered = true;
+            alert.accept();
+        });
+        alert.show();
+        QShortcutEvent key(QKeySequence(Qt::ALT | Qt::Key_Y), 0); // as Alt and the letter send it
+        QApplication::sendEvent(button, &key);
+        constexpr int soon = 5'000; // milliseconds; it takes a tenth of a second
+        EXPECT_TRUE(QTest::qWaitFor([&isAnswered]() { return isAnswered; }, soon));
+    };
+    EXPECT_TRUE(m_work.run("", [&](const std::stop_token&) { m_mainThread.runAndWait(ask); }));
+    EXPECT_TRUE(isAnswered);
+}
+
 TEST_F(WidgetLongWorkTest, CanBeCancelledInItsWindow) {
     QTimer look;
     QObject::connect(&look, &QTimer::timeout, &look, []() {
@@ -170,6 +220,27 @@ TEST_F(WidgetLongWorkTest, AnExceptionComesBack) {
     EXPECT_THROW(static_cast<void>(m_work.run(
                      "", [](const std::stop_token&) { throw std::runtime_error("no"); })),
                  std::runtime_error);
+}
+
+TEST(WidgetProgressSheet, IsCancelledByEscapeButNotByAKeyTooMuch) {
+    QWidget window;
+    window.show();
+    int cancels = 0;
+    WidgetProgressSheet sheet(window, [&cancels]() { ++cancels; });
+    sheet.begin(3);
+    QWidget* const dialog = QApplication::activeModalWidget();
+    ASSERT_NE(dialog, nullptr);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(dialog, patience));
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
+        QTest::keyClick(dialog->focusWidget(), key);
+    }
+    EXPECT_EQ(cancels, 0);
+    QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
+    auto* const button = qobject_cast<QPushButton*>(dialog->focusWidget());
+    ASSERT_NE(button, nullptr) << "Tab leads to the button";
+    QTest::keyClick(button, Qt::Key_Space);
+    EXPECT_EQ(cancels, 1);
+    sheet.end();
 }
 
 TEST(WidgetSheet, IsMadeWhenItIsFirstShownAndEndsWithItsModalRun) {

@@ -1,0 +1,31 @@
+#include "platform/ui/widgets/WidgetWindow.h"
+
+#include <gtest/gtest.h>
+
+namespace quillorn {
+namespace {
+
+constexpr WindowFrame centred{520, 250, 400, 400}; // of 1440 x 900
+
+TEST(PlacedOnScreen, IsWhereTheFrameSays) {
+    const QRect screen(0, 0, 1440, 900);
+    EXPECT_EQ(placedOnScreen(centred, screen, screen), QRect(520, 250, 400, 400));
+}
+
+TEST(PlacedOnScreen, CountsFromTheCornerOfTheWindowsOwnScreen) {
+    const QRect second(1920, -180, 1440, 900);
+    EXPECT_EQ(placedOnScreen(centred, second, second), QRect(2440, 70, 400, 400));
+    const QRect left(-1440, 0, 1440, 900);
+    EXPECT_EQ(placedOnScreen(centred, left, left), QRect(-920, 250, 400, 400));
+}
+
+TEST(PlacedOnScreen, StaysInTheRoomThatThereIs) {
+    const QRect screen(0, 0, 800, 600);
+    const QRect room(0, 30, 800, 540); // between panels
+    EXPECT_EQ(placedOnScreen({-5, -105, 810, 810}, screen, room), room);
+    EXPECT_EQ(placedOnScreen({5000, 5000, 400, 400}, screen, room), QRect(400, 170, 400, 400))
+        << "a screen that has gone";
+}
+
+} // namespace
+} // namespace quillorn
