@@ -17,10 +17,14 @@ namespace quillorn {
 
 namespace {
 
-/// Bytes of contents decoded in all: a fixed allowance, and so many times what they are stored in.
-/// Contents pack to a tenth; what packs to a thousandth was made to waste time.
-constexpr std::uint64_t decodedAllowance = 64U << 20U;
+/// Bytes that may be read in all: a fixed allowance, and so many times the file. Contents pack to a
+/// tenth; what packs to a thousandth was made to waste time, and so was what is named a thousand
+/// times. What streams state of their own size is no measure: it may be anything.
+constexpr std::uint64_t smallestAllowance = 4U << 20U;
 constexpr std::uint64_t mostExpansion = 20;
+
+/// Looking at an entry of a dictionary or a list takes as long as reading so many bytes.
+constexpr std::uint64_t bytesPerEntry = 64;
 
 int hexValue(char digit) {
     if (digit >= '0' && digit <= '9') {
@@ -28,6 +32,24 @@ int hexValue(char digit) {
     }
     const char lower = static_cast<char>(digit | 0x20);
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+/// A name as it stands in contents, with the characters that it gives by their codes.
+std::string plainName(std::string_view name) {
+    std::string plain;
+    plain.reserve(name.size());
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        const bool mayBeCode = name[i] == '#' && i + 2 < name.size();
+        const int high = mayBeCode ? hexValue(name[i + 1]) : -1;
+        const int low = mayBeCode ? hexValue(name[i + 2]) : -1;
+        if (high >= 0 && low >= 0) {
+            plain += static_cast<char>(high * 16 + low);
+            i += 2;
+        } else {
+            plain += name[i];
+        }
+    }
+    return plain;
 }
 
 /// Calls `use` with every name that stands in contents, until it answers false. What merely looks
@@ -38,16 +60,10 @@ void forEachName(std::string_view contents, Use&& use) {
     std::size_t slash = contents.find('/');
     while (slash != std::string_view::npos) {
         const std::size_t end = std::min(contents.find_first_of(ends, slash + 1), contents.size());
-        std::string name(contents.substr(slash, end - slash));
-        for (std::size_t i = name.find('#'); i != std::string::npos && i + 2 < name.size();
-             i = name.find('#', i + 1)) {
-            const int high = hexValue(name[i + 1]);
-            const int low = hexValue(name[i + 2]);
-            if (high >= 0 && low >= 0) {
-                name.replace(i, 3, 1, static_cast<char>(high * 16 + low));
-            }
-        }
-        if (!use(name)) {
+        const std::string_view name = contents.substr(slash, end - slash);
+        const bool goesOn =
+            name.find('#') == std::string_view::npos ? use(name) : use(plainName(name));
+        if (!goesOn) {
             return;
         }
         slash = contents.find('/', end);
@@ -71,7 +87,8 @@ std::vector<QPDFObjectHandle> streamsIn(QPDFObjectHandle value) {
 
 class Pruner {
 public:
-    explicit Pruner(QPDF& document) : m_document(document) {}
+    Pruner(QPDF& document, std::uint64_t fileBytes)
+        : m_document(document), m_allowance(smallestAllowance + mostExpansion * fileBytes) {}
 
     void addPage(const QPDFObjectHandle& page, const QPDFObjectHandle& resources) {
         Shelf* shelf = shelfOf(resources);
@@ -81,10 +98,13 @@ public:
     }
 
     void run() {
-        while (!m_drawers.empty()) {
+        while (!m_drawers.empty() && m_allowance > 0) {
             const Drawer drawer = m_drawers.back();
             m_drawers.pop_back();
             read(drawer);
+        }
+        if (m_allowance == 0) {
+            return; // what is in use is not known, so everything stays
         }
         for (auto& [dictionary, shelf] : m_shelves) {
             if (!shelf.wanted.empty()) {
@@ -112,8 +132,8 @@ private:
     /// A dictionary of resources that something draws with.
     struct Shelf {
         QPDFObjectHandle dictionary;
-        std::multimap<std::string, HeavyResource> wanted; ///< heavy, and not seen in use
-        std::vector<QPDFObjectHandle> holders;            ///< dictionaries that name it
+        HeavyResources wanted;                 ///< not seen in use
+        std::vector<QPDFObjectHandle> holders; ///< dictionaries that name it
         QPDFObjectHandle smaller;
     };
     /// Contents, and what they draw with.
@@ -123,13 +143,18 @@ private:
         bool isPage;
     };
 
+    void spend(std::uint64_t bytes) { m_allowance -= std::min(bytes, m_allowance); }
+    void spendOnEntries(std::size_t count) { spend((count + 1) * bytesPerEntry); }
+
+    /// Null for what is no dictionary, and when the allowance is spent.
     Shelf* shelfOf(const QPDFObjectHandle& dictionary) {
-        if (!QPDFObjectHandle(dictionary).isDictionary()) {
+        if (m_allowance == 0 || !QPDFObjectHandle(dictionary).isDictionary()) {
             return nullptr;
         }
         const auto [place, isNew] = m_shelves.try_emplace(dictionary.getObjectPtr());
         if (isNew) {
             place->second.dictionary = dictionary;
+            spendOnEntries(resourceCount(dictionary));
             place->second.wanted = heavyResources(dictionary);
         }
         return &place->second;
@@ -145,7 +170,7 @@ private:
             useAll(shelf);
             return;
         }
-        forEachName(*contents, [&](const std::string& name) {
+        forEachName(*contents, [&](std::string_view name) {
             use(shelf, name);
             return !shelf.wanted.empty();
         });
@@ -156,17 +181,18 @@ private:
 
     std::optional<std::string> decoded(const Drawer& drawer) {
         QPDFObjectHandle object = drawer.contents;
-        for (const QPDFObjectHandle& stream :
-             streamsIn(drawer.isPage ? object.getKey("/Contents") : object)) {
-            m_allowance += mostExpansion * storedLength(stream);
+        const auto streams = streamsIn(drawer.isPage ? object.getKey("/Contents") : object);
+        spendOnEntries(streams.size());
+        for (const QPDFObjectHandle& stream : streams) {
+            spend(storedLength(stream)); // it is read, whatever comes out of it
         }
         std::size_t produced = 0;
         auto contents = decodedData(object, m_allowance, drawer.isPage, &produced);
-        m_allowance -= produced;
+        spend(produced);
         return contents;
     }
 
-    void use(Shelf& shelf, const std::string& name) {
+    void use(Shelf& shelf, std::string_view name) {
         const auto [first, last] = shelf.wanted.equal_range(name);
         if (first == last) {
             return;
@@ -221,6 +247,7 @@ private:
         } else if (own != nullptr) {
             return;
         }
+        spendOnEntries(streams.size());
         for (const QPDFObjectHandle& stream : streams) {
             if (QPDFObjectHandle(stream).isStream()) {
                 m_drawers.push_back({stream, own != nullptr ? own : &surroundings, false});
@@ -234,9 +261,15 @@ private:
         if (!annotations.isArray()) {
             return;
         }
+        spendOnEntries(static_cast<std::size_t>(annotations.getArrayNItems()));
         for (QPDFObjectHandle& annotation : annotations.getArrayAsVector()) {
+            if (m_allowance == 0) {
+                return;
+            }
             for (QPDFObjectHandle& state : streamsIn(annotation.getKeyIfDict("/AP"))) {
-                for (QPDFObjectHandle& stream : streamsIn(state)) {
+                const std::vector<QPDFObjectHandle> streams = streamsIn(state);
+                spendOnEntries(streams.size());
+                for (QPDFObjectHandle stream : streams) {
                     if (stream.isStream() && !stream.getDict().hasKey("/Resources")) {
                         m_drawers.push_back({stream, page.shelf, false});
                     }
@@ -263,15 +296,15 @@ private:
     std::map<const void*, Shelf> m_shelves; ///< by their dictionaries; they keep their places
     std::vector<Drawer> m_drawers;
     std::set<const void*> m_seen; ///< holders
-    std::uint64_t m_allowance = decodedAllowance;
+    std::uint64_t m_allowance;    ///< bytes that may still be read; none left: nothing is pruned
 };
 
 } // namespace
 
-std::vector<QPDFObjectHandle> pruneResources(QPDF& document,
+std::vector<QPDFObjectHandle> pruneResources(QPDF& document, std::uint64_t fileBytes,
                                              const std::vector<QPDFObjectHandle>& pages,
                                              const std::vector<QPDFObjectHandle>& resources) {
-    Pruner pruner(document);
+    Pruner pruner(document, fileBytes);
     for (std::size_t i = 0; i < pages.size(); ++i) {
         pruner.addPage(pages[i], resources[i]);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
 #include <vector>
@@ -14,14 +15,15 @@ namespace quillorn {
 /// only until each heavy thing has been seen in use; from there the forms, patterns, masks and
 /// drawn fonts in use are followed. Names are looked for wherever they stand: keeping too much is
 /// safe. Whatever cannot be judged for certain (contents that do not decode, or decode to far
-/// more than contents do) stays complete.
+/// more than contents do) stays complete; so does everything where looking would take longer than
+/// a file of `fileBytes` is worth.
 ///
 /// `resources` holds, for each page, the dictionary that it draws with, inherited or its own; the
 /// answer holds what it should draw with instead. The dictionaries themselves are not changed,
 /// since pages that are not in the list may share them; those that forms of `document` name are
 /// exchanged for smaller ones in the forms. Pages and forms that share one go on sharing.
 [[nodiscard]] std::vector<QPDFObjectHandle>
-pruneResources(QPDF& document, const std::vector<QPDFObjectHandle>& pages,
+pruneResources(QPDF& document, std::uint64_t fileBytes, const std::vector<QPDFObjectHandle>& pages,
                const std::vector<QPDFObjectHandle>& resources);
 
 } // namespace quillorn

@@ -1,10 +1,17 @@
 #include "platform/pdf/ResourceWeight.h"
 
-#include <cstddef>
+#include <algorithm>
+#include <array>
 
 namespace quillorn {
 
 namespace {
+
+constexpr std::array<const char*, 6> categories{"/ColorSpace", "/ExtGState", "/Font",
+                                                "/Pattern",    "/Shading",   "/XObject"};
+
+/// Items of the longest colour space that the format knows; more of them mean nothing.
+constexpr int colorSpaceItems = 5;
 
 /// Bytes of stream data below which an entry is not worth looking for.
 constexpr std::uint64_t heavyBytes = 16U << 10U;
@@ -48,7 +55,8 @@ bool isHeavyColorSpace(QPDFObjectHandle space, int depth = 0) {
     if (!space.isArray() || depth > 2) {
         return false;
     }
-    for (QPDFObjectHandle& item : space.getArrayAsVector()) {
+    for (int i = 0; i < std::min(space.getArrayNItems(), colorSpaceItems); ++i) {
+        QPDFObjectHandle item = space.getArrayItem(i);
         if (storedLength(item) >= heavyBytes || isHeavyColorSpace(item, depth + 1)) {
             return true;
         }
@@ -88,10 +96,9 @@ std::uint64_t storedLength(QPDFObjectHandle object) {
                : 0;
 }
 
-std::multimap<std::string, HeavyResource> heavyResources(QPDFObjectHandle resources) {
-    std::multimap<std::string, HeavyResource> heavy;
-    for (const char* category :
-         {"/ColorSpace", "/ExtGState", "/Font", "/Pattern", "/Shading", "/XObject"}) {
+HeavyResources heavyResources(QPDFObjectHandle resources) {
+    HeavyResources heavy;
+    for (const char* category : categories) {
         QPDFObjectHandle entries = resources.getKeyIfDict(category);
         if (!entries.isDictionary()) {
             continue;
@@ -103,6 +110,16 @@ std::multimap<std::string, HeavyResource> heavyResources(QPDFObjectHandle resour
         }
     }
     return heavy;
+}
+
+std::size_t resourceCount(QPDFObjectHandle resources) {
+    std::size_t count = 0;
+    for (const char* category : categories) {
+        if (QPDFObjectHandle entries = resources.getKeyIfDict(category); entries.isDictionary()) {
+            count += entries.getKeys().size();
+        }
+    }
+    return count;
 }
 
 } // namespace quillorn

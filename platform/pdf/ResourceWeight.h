@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <qpdf/QPDFObjectHandle.hh>
 #include <string>
@@ -17,8 +19,14 @@ struct HeavyResource {
     QPDFObjectHandle object;
 };
 
-/// The heavy entries of a dictionary of resources by name. Forms, patterns, masks and drawn
-/// fonts always count as heavy: they may hold anything.
-[[nodiscard]] std::multimap<std::string, HeavyResource> heavyResources(QPDFObjectHandle resources);
+/// Heavy resources by name, which may stand in several categories.
+using HeavyResources = std::multimap<std::string, HeavyResource, std::less<>>;
+
+/// The heavy entries of a dictionary of resources. Forms, patterns, masks and drawn fonts always
+/// count as heavy: they may hold anything.
+[[nodiscard]] HeavyResources heavyResources(QPDFObjectHandle resources);
+
+/// The entries that `heavyResources` looks at.
+[[nodiscard]] std::size_t resourceCount(QPDFObjectHandle resources);
 
 } // namespace quillorn

@@ -273,7 +273,7 @@ PDFResult<void> WriteJob::placeSource(const SourceUse& use, QPDF& source, const 
                          m_sources.size() == 1};
     m_version = std::max(m_version, versionOf(*use.source, source));
     m_catalog.prepare(context);
-    if (auto placed = placePages(context, tree); !placed) {
+    if (auto placed = placePages(context, tree, use.source->fileSize()); !placed) {
         return placed;
     }
     placeRepeats(pages);
@@ -284,7 +284,8 @@ PDFResult<void> WriteJob::placeSource(const SourceUse& use, QPDF& source, const 
     return {};
 }
 
-PDFResult<void> WriteJob::placePages(const CarryContext& context, const PageTree& tree) {
+PDFResult<void> WriteJob::placePages(const CarryContext& context, const PageTree& tree,
+                                     std::uint64_t fileBytes) {
     const std::vector<std::size_t>& kept = context.pages.kept();
     std::vector<QPDFObjectHandle> objects;
     std::vector<QPDFObjectHandle> resources;
@@ -297,7 +298,7 @@ PDFResult<void> WriteJob::placePages(const CarryContext& context, const PageTree
         resources.push_back(tree.attribute(page, "/Resources"));
     }
     if (kept.size() < tree.pageCount()) {
-        resources = pruneResources(context.source, objects, resources);
+        resources = pruneResources(context.source, fileBytes, objects, resources);
     }
     m_placedResources.clear();
     for (std::size_t i = 0; i < kept.size(); ++i) {

@@ -249,5 +249,57 @@ TEST_F(Pruning, GivesUpOnContentsThatDecodeToFarMoreThanContentsDo) {
                 ElementsAre("/P"));
 }
 
+/// Small files whose contents take long to look through. Within limits of time and memory, the
+/// pages are written, with all that they may need.
+class PruningWithinLimits : public Pruning {
+protected:
+    PruningWithinLimits() { composition.limitWrites(); }
+
+    WrittenPDF firstPageOf(std::size_t pages, const std::string& entries = "") {
+        const auto path = document.write(composition.folder() / "source.pdf", "", entries);
+        std::vector<std::size_t> all;
+        for (std::size_t page = 1; page <= pages; ++page) {
+            all.push_back(page);
+        }
+        return WrittenPDF(composition.add(composition.open(path), all).writeUnchecked());
+    }
+};
+
+TEST_F(PruningWithinLimits, ADictionaryOfThousandsThatThousandsOfPagesShare) {
+    constexpr std::size_t pages = 4'000;
+    const std::size_t form = addForm(document, "/Nothing Do", "");
+    std::string entries;
+    for (std::size_t i = 0; i < 20'000; ++i) {
+        entries += "/F" + std::to_string(i) + " " + referenceTo(form) + " ";
+    }
+    const std::size_t shared = document.add("<< " + entries + " >>");
+    for (std::size_t i = 0; i < pages; ++i) {
+        document.addPage("/Resources << /XObject " + referenceTo(shared) + " >>");
+    }
+    addPage(document, "");
+    const WrittenPDF file = firstPageOf(pages);
+    EXPECT_EQ(named(file, file.page(1), "/XObject").size(), 20'000U);
+    EXPECT_EQ(named(file, file.page(pages), "/XObject").size(), 20'000U);
+}
+
+TEST_F(PruningWithinLimits, AListOfAnnotationsThatThousandsOfPagesShare) {
+    constexpr std::size_t pages = 4'000;
+    const std::size_t appearance = addForm(document, "/Stamp Do", "");
+    std::string stamps;
+    for (std::size_t i = 0; i < 20'000; ++i) {
+        stamps +=
+            "<< /Subtype /Stamp /Rect [0 0 9 9] /AP << /N " + referenceTo(appearance) + " >> >> ";
+    }
+    const std::size_t shared = document.add("[" + stamps + "]");
+    const std::string picture = referenceTo(addPicture(document));
+    for (std::size_t i = 0; i < pages; ++i) {
+        document.addPage("/Annots " + referenceTo(shared) + " /Resources << /XObject << /P " +
+                         picture + " >> >>");
+    }
+    addPage(document, "");
+    const WrittenPDF file = firstPageOf(pages);
+    EXPECT_THAT(named(file, file.page(1), "/XObject"), ElementsAre("/P"));
+}
+
 } // namespace
 } // namespace quillorn::tests
