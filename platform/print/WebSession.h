@@ -44,12 +44,8 @@ public:
     /// What a wait that did not go well means for the page.
     [[nodiscard]] WebError errorOf(WebWait wait) const;
 
-    /// Whether the page that the main frame shows, and is to show, is complete.
-    [[nodiscard]] bool hasLoaded() const {
-        return m_loaded.contains(m_loader) && !m_requests.isFollowing();
-    }
-    /// Takes the page of this loader for the one to wait for, unless it leads on to another.
-    void setLoader(std::string loader) { m_loader = std::move(loader); }
+    /// The engine's name for what the main frame shows.
+    [[nodiscard]] const std::string& loader() const { return m_loader; }
     [[nodiscard]] bool hasCrashed() const { return m_hasCrashed; }
     [[nodiscard]] WebRequests& requests() { return m_requests; }
     /// The style sheets seen since "CSS.enable".
@@ -61,6 +57,8 @@ private:
     /// Makes a place for the page in the engine, which is started if need be.
     WebResult<void> makeContext(Clock::time_point deadline);
     void deal(const JSON& message);
+    /// Deals with an event about the main frame or another one.
+    void dealWithFrame(const std::string& method, const JSON& event);
     WebResult<JSON> request(const std::string& method, JSON parameters, const std::string& session,
                             Clock::time_point deadline);
 

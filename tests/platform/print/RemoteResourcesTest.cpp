@@ -1,6 +1,7 @@
 #include "tests/fakes/TestServer.h"
 #include "tests/platform/print/WebFixture.h"
 
+#include <chrono>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -28,11 +29,11 @@ protected:
         }();
         return one;
     }
-    std::string printedWithNetwork(const std::string& html) {
+    std::string printedWithNetwork(const std::string& html, WebView::Limits limits = {}) {
         auto content = FolderContent::open(file("page.html", html));
         EXPECT_TRUE(content);
         const PrintInfo info = printInfoFor(output);
-        WebView view(networked());
+        WebView view(networked(), limits);
         auto result = view.load(std::move(*content), info);
         result = result ? view.print(info) : result;
         EXPECT_TRUE(result) << result.error().reason;
@@ -72,6 +73,21 @@ TEST_F(RemoteResources, ThatNeverAnswerAreLeftOutAndThePageIsWhole) {
     EXPECT_THAT(printedWithNetwork("<p>before</p><script src='" + server.url() +
                                    "/a.js'></script><p>after</p>" + pageWith(server)),
                 AllOf(HasSubstr("before"), HasSubstr("after"), HasSubstr("page")));
+    EXPECT_GT(server.visitors(), 0);
+}
+
+TEST_F(RemoteResources, ThatNeverComeToAnEndAreGivenUpAndThePageIsWhole) {
+    const TestServer server(
+        [](const std::string&) {
+            return std::string("HTTP/1.1 200 OK\r\nContent-Type: text/javascript\r\n\r\n//");
+        },
+        true);
+    WebView::Limits limits;
+    limits.time = std::chrono::seconds(9);
+    EXPECT_THAT(printedWithNetwork("<p>before</p><script src='" + server.url() +
+                                       "/a.js'></script><p>after</p>",
+                                   limits),
+                AllOf(HasSubstr("before"), HasSubstr("after")));
     EXPECT_GT(server.visitors(), 0);
 }
 
