@@ -209,11 +209,19 @@ void WebSession::deal(const JSON& message) {
         // A frame in a process of its own, or a worker: it waits until we listen to it as well.
         const std::string child = text(event, "sessionId");
         m_sessions.insert(child);
+        const JSON target = inner(event, "targetInfo");
+        if (text(target, "type") == "iframe") {
+            m_foreignFrames.push_back({child, text(target, "targetId")});
+        }
         m_devTools->send("Fetch.enable", everyRequest(), child);
         m_devTools->send("Page.enable", noParameters, child);
         m_devTools->send("Network.enable", noParameters, child);
         m_devTools->send("Target.setAutoAttach", attachToAll(), child);
         m_devTools->send("Runtime.runIfWaitingForDebugger", noParameters, child);
+    } else if (method == "Target.detachedFromTarget") {
+        const std::string child = text(event, "sessionId");
+        std::erase_if(m_foreignFrames,
+                      [&](const ForeignFrame& frame) { return frame.session == child; });
     } else if (method == "Inspector.targetCrashed" && session == m_session) {
         m_hasCrashed = true;
     } else if (method == "CSS.styleSheetAdded") {
@@ -227,6 +235,9 @@ void WebSession::deal(const JSON& message) {
 
 void WebSession::dealWithFrame(const std::string& method, const JSON& event) {
     const JSON frame = inner(event, "frame");
+    if (method == "Page.lifecycleEvent" && text(event, "name") == "load") {
+        m_expected.erase(text(event, "frameId"));
+    }
     if (text(event, "frameId") != m_target && text(frame, "id") != m_target) {
         return;
     }

@@ -10,6 +10,7 @@
 #include <stop_token>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace quillorn {
 
@@ -33,6 +34,11 @@ public:
 
     /// Sends a request about the page and waits for its answer.
     WebResult<JSON> call(const std::string& method, JSON parameters, Clock::time_point deadline);
+    /// The same about a frame in a process of its own.
+    WebResult<JSON> callFrame(const std::string& frameSession, const std::string& method,
+                              JSON parameters, Clock::time_point deadline) {
+        return request(method, std::move(parameters), frameSession, deadline);
+    }
     /// Sends one whose answer is of no interest.
     void tell(const std::string& method, JSON parameters);
     /// Runs a script where the page's own scripts can neither see nor change what it uses.
@@ -43,6 +49,20 @@ public:
     [[nodiscard]] WebWait waitForEvent(Clock::time_point deadline);
     /// What a wait that did not go well means for the page.
     [[nodiscard]] WebError errorOf(WebWait wait) const;
+
+    /// A frame that the engine keeps in a process of its own.
+    struct ForeignFrame {
+        std::string session;
+        std::string frame;
+    };
+    /// Those that came since this was asked last and are still there.
+    [[nodiscard]] std::vector<ForeignFrame> takeForeignFrames() {
+        return std::exchange(m_foreignFrames, {});
+    }
+    /// A frame is about to be loaded.
+    void expectLoadOf(const std::string& frame) { m_expected.insert(frame); }
+    /// Whether such a frame has not loaded yet.
+    [[nodiscard]] bool expectsLoads() const { return !m_expected.empty(); }
 
     /// The engine's name for what the main frame shows.
     [[nodiscard]] const std::string& loader() const { return m_loader; }
@@ -72,6 +92,8 @@ private:
     std::set<std::string> m_sessions; ///< the page's and those of its frames and workers
     std::string m_loader;             ///< of the main frame's document
     std::set<std::string> m_loaded;   ///< loaders whose documents are complete
+    std::vector<ForeignFrame> m_foreignFrames;
+    std::set<std::string> m_expected; ///< frames whose load is waited for
     std::set<std::string> m_styleSheets;
     int m_world = 0; ///< our own scripts' context; 0 before the first
     bool m_hasCrashed = false;

@@ -2,6 +2,7 @@
 
 #include "platform/files/ReplacementFile.h"
 #include "platform/print/Base64.h"
+#include "platform/print/ForeignFrames.h"
 #include "platform/print/JSONAccess.h"
 #include "platform/print/PageRules.h"
 
@@ -208,6 +209,9 @@ WebResult<void> WebView::prepareForPaper(const PrintInfo& info) {
             return tl::unexpected(ready.error());
         }
         endScripts();
+    }
+    if (auto taken = takeInForeignFrames(*m_session, soon()); !taken) {
+        return taken;
     }
     const auto metrics = m_session->call("Page.getLayoutMetrics", JSON::object(), deadline);
     if (!metrics) {

@@ -76,6 +76,41 @@ TEST_F(RemoteResources, ThatNeverAnswerAreLeftOutAndThePageIsWhole) {
     EXPECT_GT(server.visitors(), 0);
 }
 
+TEST_F(RemoteResources, FramesFromOtherMachinesAreOnPaper) {
+    const TestServer server([](const std::string& request) {
+        return request.starts_with("GET /frame.html")
+                   ? TestServer::page("text/html",
+                                      "<link rel=stylesheet href=a.css><p id=a>frame</p><script>"
+                                      "document.write('<p>written by \"it\" &amp; co</p>')"
+                                      "</script><iframe src=inner.html></iframe>")
+               : request.starts_with("GET /inner.html")
+                   ? TestServer::page("text/html", "<p>the innermost</p>")
+                   : TestServer::page("text/css", "#a::after{content:' with style'}");
+    });
+    file("local.html", "<p>local</p><iframe src='" + server.url() + "/frame.html'></iframe>");
+    const std::string text = printedWithNetwork("<p>page</p><iframe src='" + server.url() +
+                                                "/frame.html?2' style='height:300px'></iframe>"
+                                                "<iframe src=local.html style='height:500px'>"
+                                                "</iframe><p>end</p>");
+    EXPECT_THAT(text, AllOf(HasSubstr("frame with style"), HasSubstr("written by \"it\" & co"),
+                            HasSubstr("the innermost"), HasSubstr("page"), HasSubstr("local"),
+                            HasSubstr("end")));
+}
+
+TEST_F(RemoteResources, FramesFromOtherMachinesSeeNothingOfTheDisk) {
+    file("near.html", "<p>the neighbour</p>");
+    file("near.css", "#a::after{content:' with the neighbour'}");
+    const std::string near = "file://" + (site / "near").string();
+    const TestServer server([&](const std::string&) {
+        return TestServer::page("text/html", "<link rel=stylesheet href='" + near +
+                                                 ".css'><p id=a>frame</p><iframe src='" + near +
+                                                 ".html'></iframe><object data='" + near +
+                                                 ".html'></object>");
+    });
+    EXPECT_THAT(printedWithNetwork("<iframe src='" + server.url() + "/frame.html'></iframe>"),
+                AllOf(HasSubstr("frame"), Not(HasSubstr("the neighbour"))));
+}
+
 TEST_F(RemoteResources, ThatNeverComeToAnEndAreGivenUpAndThePageIsWhole) {
     const TestServer server(
         [](const std::string&) {

@@ -185,6 +185,15 @@ TEST_F(WebViewTest, AnArchiveOfAPlaceInAPageIsWhole) {
         AllOf(HasSubstr("before"), HasSubstr("place that is meant"), HasSubstr("after")));
 }
 
+TEST_F(WebViewTest, AnArchiveOfALocalPageShowsItsFramesFromElsewhere) {
+    EXPECT_THAT(
+        printedArchive({{"file:///a/b.html", "text/html",
+                         "<p>page</p><iframe src=http://c.example/d></iframe>", ""},
+                        {},
+                        {{{"http://c.example/d", "text/html", "<p>frame</p>", ""}, {}, {}}}}),
+        AllOf(HasSubstr("page"), HasSubstr("frame")));
+}
+
 TEST_F(WebViewTest, ShowsPicturesThatAreLoadedLateElsewhere) {
     file("square.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='200' height='20'>"
                        "<text x='0' y='10'>drawn</text></svg>");
