@@ -88,14 +88,14 @@ public:
 
 private:
     Checked takeOption(const CommandWord& option) {
-        bool* const flag = option.text == "--json"               ? &m_request.json
-                           : option.text == "--quiet"            ? &m_request.quiet
-                           : option.text == "--keep-going"       ? &m_request.keepGoing
-                           : option.text == "--verify"           ? &m_request.verify
-                           : option.text == "--flat-outline"     ? &m_request.flatOutline
-                           : option.text == "--remote-resources" ? &m_request.remoteResources
-                           : option.text == "--keep-page-setup"  ? &m_request.keepPageSetup
-                                                                 : nullptr;
+        bool* const flag = option.text == "--json"              ? &m_request.json
+                           : option.text == "--quiet"           ? &m_request.quiet
+                           : option.text == "--keep-going"      ? &m_request.keepGoing
+                           : option.text == "--verify"          ? &m_request.verify
+                           : option.text == "--flat-outline"    ? &m_request.flatOutline
+                           : option.text == "--allow-remote"    ? &m_request.allowRemote
+                           : option.text == "--keep-page-setup" ? &m_request.keepPageSetup
+                                                                : nullptr;
         if (flag != nullptr) {
             *flag = true;
             return CommandWords::checkNoValue(option);
@@ -211,12 +211,12 @@ Checked checkFilesOf(const ConvertRequest& request) {
 tl::expected<std::optional<ConvertRequest>, std::string> parseConvert(CommandWords& words) {
     ConvertRequest request;
     while (const auto word = words.next()) {
-        bool* const flag = word->text == "--json"               ? &request.json
-                           : word->text == "--quiet"            ? &request.quiet
-                           : word->text == "--keep-going"       ? &request.keepGoing
-                           : word->text == "--remote-resources" ? &request.remoteResources
-                           : word->text == "--keep-page-setup"  ? &request.keepPageSetup
-                                                                : nullptr;
+        bool* const flag = word->text == "--json"              ? &request.json
+                           : word->text == "--quiet"           ? &request.quiet
+                           : word->text == "--keep-going"      ? &request.keepGoing
+                           : word->text == "--allow-remote"    ? &request.allowRemote
+                           : word->text == "--keep-page-setup" ? &request.keepPageSetup
+                                                               : nullptr;
         Checked taken;
         if (!word->isOption) {
             request.files.push_back(word->text);

@@ -36,7 +36,7 @@ struct ComposeRequest {
     bool keepGoing = false;
     bool verify = false;              ///< read each output back
     bool flatOutline = false;         ///< no outline entries for the files
-    bool remoteResources = false;     ///< web pages may fetch from other machines
+    bool allowRemote = false;         ///< web pages may fetch from other machines
     bool keepPageSetup = false;       ///< text documents keep their own pages
     std::vector<GroupRequest> groups; ///< at least one
 };
@@ -46,7 +46,7 @@ struct ConvertRequest {
     bool json = false;
     bool quiet = false;
     bool keepGoing = false;
-    bool remoteResources = false;   ///< web pages may fetch from other machines
+    bool allowRemote = false;       ///< web pages may fetch from other machines
     bool keepPageSetup = false;     ///< text documents keep their own pages
     std::vector<std::string> files; ///< at least one; no two become files of the same name
 };

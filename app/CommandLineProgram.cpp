@@ -54,6 +54,7 @@ ComposeCommand::Surroundings CommandLineProgram::surroundings() const {
                                         m_process.watchForStop(), m_process.interruptedStatus,
                                         m_process.endsAfterwards, m_process.workerFolder};
     result.prefersPageSetup = m_process.prefersPageSetup;
+    result.prefersRemote = m_process.prefersRemote;
     return result;
 }
 

@@ -29,6 +29,8 @@ public:
         std::filesystem::path workerFolder{}; ///< of the programs that decode images
         /// Whether text documents keep their own pages where no option says so.
         std::function<bool()> prefersPageSetup = [] { return false; };
+        /// Whether web pages may fetch from other machines where no option says so.
+        std::function<bool()> prefersRemote = [] { return false; };
     };
 
     explicit CommandLineProgram(Process process) : m_process(std::move(process)) {}

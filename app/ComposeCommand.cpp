@@ -51,7 +51,8 @@ void ComposeCommand::work() {
         conversions = FileConversions::Tools{
             ImageReader(m_surroundings.workerFolder), privateFolder->path(),
             [this, folder = privateFolder->path()]() {
-                return openHTMLConverter({folder, m_request.remoteResources});
+                return openHTMLConverter(
+                    {folder, m_request.allowRemote || m_surroundings.prefersRemote()});
             },
             [this]() { return m_request.keepPageSetup || m_surroundings.prefersPageSetup(); }};
     }

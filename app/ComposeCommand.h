@@ -33,6 +33,8 @@ public:
             verify = verifyPDF;
         /// Whether text documents keep their own pages where no option says so.
         std::function<bool()> prefersPageSetup = [] { return false; };
+        /// Whether web pages may fetch from other machines where no option says so.
+        std::function<bool()> prefersRemote = [] { return false; };
     };
 
     /// Passwords are given as text (PasswordFiles.h).

@@ -80,7 +80,8 @@ void ConvertCommand::work() {
             return m_request.keepPageSetup || m_surroundings.prefersPageSetup();
         };
         const auto openHTML = [this, &privateFolder]() {
-            return openHTMLConverter({privateFolder->path(), m_request.remoteResources});
+            return openHTMLConverter(
+                {privateFolder->path(), m_request.allowRemote || m_surroundings.prefersRemote()});
         };
         tools = FileConversions::Tools{ImageReader(m_surroundings.workerFolder),
                                        privateFolder->path(), openHTML, keepsPageSetup};

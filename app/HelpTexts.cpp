@@ -50,8 +50,9 @@ Options:
                          link and outline entry leads to one of them
   --flat-outline         merge the outlines of several files without an entry for
                          each file over its own ones
-  --remote-resources     let web pages fetch pictures and styles from other machines;
-                         what does not come soon is left out
+  --allow-remote         let web pages fetch pictures and styles from other machines, as
+                         the preference AllowRemote=true does; what does not come soon
+                         is left out
   --keep-page-setup      let texts and documents keep their own paper, margins, headers
                          and footers, as the preference KeepPageSetup=true does
   --json                 report on standard output as one JSON object
@@ -106,7 +107,9 @@ Options:
                          the folder chosen in the program, at first
                          "Movies/Quillorn Folivane" in the home folder
   --keep-going           go on with the others when a FILE is refused
-  --remote-resources     let web pages fetch pictures and styles from other machines
+  --allow-remote         let web pages fetch pictures and styles from other machines, as
+                         the preference AllowRemote=true does; what does not come soon
+                         is left out
   --keep-page-setup      let texts and documents keep their own paper, margins, headers
                          and footers, as the preference KeepPageSetup=true does
   --json                 report on standard output as one JSON object

@@ -15,7 +15,7 @@ ProgramConversions::ProgramConversions(Options options)
 
 ImportResult<HTMLConverter*> ProgramConversions::htmlConverter(const std::string& path) {
     if (!m_html) {
-        auto opened = openHTMLConverter({m_options.cacheFolder});
+        auto opened = openHTMLConverter({m_options.cacheFolder, m_options.allowsRemote});
         if (!opened) {
             return tl::unexpected(
                 ImportRefusal::make(ImportRefusal::Kind::needsConverter, path,

@@ -21,6 +21,7 @@ public:
         std::filesystem::path workerFolder; ///< holds the programs that decode images
         std::filesystem::path cacheFolder;  ///< takes the PDFs
         bool keepsPageSetup = false;        ///< whether text documents keep their own pages
+        bool allowsRemote = false;          ///< whether web pages may fetch from other machines
         /// Told what people should know about a file that was converted. Any thread.
         std::function<void(const std::string& notice)> tell;
     };

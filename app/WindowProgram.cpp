@@ -8,6 +8,7 @@
 #include <QByteArray>
 #include <QToolBar>
 #include <QWindow>
+#include <string_view>
 #include <utility>
 
 namespace quillorn {
@@ -17,8 +18,8 @@ namespace {
 constexpr float startZoom = 0.25F;
 constexpr const char* supportPage = "https://example.org/quillorn-folivane/support";
 
-bool keepsPageSetup(const Preferences& preferences) {
-    return preferences.stringForKey(preference_key::keepPageSetup) == "true";
+bool isPreferred(const Preferences& preferences, std::string_view key) {
+    return preferences.stringForKey(key) == "true";
 }
 
 } // namespace
@@ -35,7 +36,9 @@ WindowProgram::WindowProgram(Surroundings surroundings)
       m_longWork(m_window, m_mainThread, m_window.activities()),
       m_preferences(std::move(surroundings.preferences)),
       m_conversions({surroundings.programFolder, cacheFolder(surroundings.homeFolder),
-                     keepsPageSetup(*m_preferences), [this](const std::string& notice) {
+                     isPreferred(*m_preferences, preference_key::keepPageSetup),
+                     isPreferred(*m_preferences, preference_key::allowRemote),
+                     [this](const std::string& notice) {
                          m_mainThread.post(
                              [this, notice]() { m_window.messageLine().showMessage(notice); });
                      }}) {

@@ -44,10 +44,17 @@ std::string defaultOutputFolder() {
 }
 
 /// A preference that cannot be read is one that was never set.
-bool prefersPageSetup() {
+bool isPreferred(std::string_view key) {
     const auto preferences = quillorn::openStoredPreferences();
-    return preferences &&
-           (*preferences)->stringForKey(quillorn::preference_key::keepPageSetup) == "true";
+    return preferences && (*preferences)->stringForKey(key) == "true";
+}
+
+bool prefersPageSetup() {
+    return isPreferred(quillorn::preference_key::keepPageSetup);
+}
+
+bool prefersRemote() {
+    return isPreferred(quillorn::preference_key::allowRemote);
 }
 
 void prepareForInputs([[maybe_unused]] std::uint64_t bytes) {
@@ -91,7 +98,8 @@ int main(int argc, char** argv) {
                                               prepareForInputs,
                                               endsAfterwards,
                                               quillorn::besideProgram(""),
-                                              prefersPageSetup});
+                                              prefersPageSetup,
+                                              prefersRemote});
         const int status = runProgram(program, words);
         if (endsAfterwards) {
             // Everything is written and flushed; giving back a large document piece by piece

@@ -70,7 +70,7 @@ WebResult<void> HTMtoPDF::loadDataToView(const std::string& path, const std::sto
 WebPageConverter::WebPageConverter(Options options)
     : m_cacheFolder(std::move(options.cacheFolder)), m_engine([&options]() {
           WebEngine::Options engine;
-          engine.network = options.remoteResources;
+          engine.network = options.allowRemote;
           return engine;
       }()) {}
 

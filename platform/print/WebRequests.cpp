@@ -17,9 +17,13 @@ JSON header(const char* name, std::string value) {
     return {{"name", name}, {"value", std::move(value)}};
 }
 
-JSON answerWith(const std::string& request, WebResource resource) {
+JSON answerWith(const std::string& request, WebResource resource, bool staysPut) {
     // Scripts and fonts of an archive may come from several places, all of which we are.
     JSON headers = JSON::array({header("Access-Control-Allow-Origin", "*")});
+    if (staysPut) {
+        // No refresh leads such a page away, not even to where nobody is asked.
+        headers.push_back(header("Content-Security-Policy", "sandbox allow-same-origin"));
+    }
     if (!resource.mimeType.empty()) {
         headers.push_back(header("Content-Type", std::move(resource.mimeType)));
     }
@@ -31,32 +35,25 @@ JSON answerWith(const std::string& request, WebResource resource) {
 
 } // namespace
 
-bool WebRequests::mayLeadTo(const std::string& url) {
-    if (!std::exchange(m_startWasServed, true)) {
-        return true;
-    }
-    if (!m_follows) {
-        return false;
-    }
-    m_isFollowing = m_content.find(url).has_value();
-    m_leadAstray = m_leadAstray || !m_isFollowing;
-    return m_isFollowing;
-}
-
 bool WebRequests::answer(DevTools& devTools, const JSON& event, const std::string& session) {
     const std::string request = text(event, "requestId");
     const std::string url = text(json::inner(event, "request"), "url");
     const bool isPage =
         text(event, "resourceType") == "Document" && text(event, "frameId") == m_mainFrame;
-    if (isPage && !mayLeadTo(url)) {
+    auto resource = m_content.find(url);
+    if (isPage && !m_leads.ask(url, resource.has_value(), DevTools::Clock::now())) {
         // "No content" leaves the present page as it is.
         return devTools
             .send("Fetch.fulfillRequest", {{"requestId", request}, {"responseCode", 204}}, session)
             .has_value();
     }
-    if (auto resource = m_content.find(url)) {
+    if (isPage) {
+        m_pageRequest = text(event, "networkId");
+    }
+    if (resource) {
         return devTools
-            .send("Fetch.fulfillRequest", answerWith(request, std::move(*resource)), session)
+            .send("Fetch.fulfillRequest",
+                  answerWith(request, std::move(*resource), isPage && m_leads.isOver()), session)
             .has_value();
     }
     if (m_network && isRemoteURL(url) && !m_silent.contains(hostOfURL(url))) {
@@ -72,6 +69,9 @@ bool WebRequests::answer(DevTools& devTools, const JSON& event, const std::strin
 }
 
 void WebRequests::note(const std::string& method, const JSON& event) {
+    if (method == "Network.loadingFailed" && text(event, "requestId") == m_pageRequest) {
+        m_leads.fail(); // a file to be downloaded, for instance
+    }
     const auto waiting = m_waitedFor.find(text(event, "requestId"));
     if (waiting == m_waitedFor.end()) {
         return;
@@ -93,11 +93,10 @@ void WebRequests::giveUpSilentOnes(bool all) {
     m_network = m_network && !all;
 }
 
-void WebRequests::restart() {
+void WebRequests::start(std::string url) {
     m_waitedFor.clear();
-    m_startWasServed = false;
-    m_isFollowing = false;
-    m_leadAstray = false;
+    m_pageRequest.clear();
+    m_leads.start(std::move(url));
 }
 
 std::optional<DevTools::Clock::time_point> WebRequests::silentSince() const {

@@ -2,6 +2,7 @@
 
 #include "platform/print/JSONAccess.h"
 
+#include <chrono>
 #include <utility>
 
 namespace quillorn {
@@ -200,32 +201,64 @@ void WebSession::deal(const JSON& message) {
     }
     if (method == "Fetch.requestPaused") {
         m_requests.answer(*m_devTools, event, session);
-    } else if (method == "Page.lifecycleEvent") {
-        if (text(event, "name") == "load") {
-            m_loaded.insert(text(event, "loaderId"));
-        }
-    } else if (method == "Page.frameNavigated") {
-        const JSON frame = inner(event, "frame");
-        if (text(frame, "id") == m_target) {
-            m_loader = text(frame, "loaderId");
-            m_requests.setArrived();
-        }
     } else if (method == "Page.javascriptDialogOpening") {
-        m_devTools->send("Page.handleJavaScriptDialog", {{"accept", false}}, session);
+        // Whoever wants to leave may; nothing else is agreed to.
+        m_devTools->send("Page.handleJavaScriptDialog",
+                         {{"accept", text(event, "type") == "beforeunload"}}, session);
     } else if (method == "Target.attachedToTarget") {
         // A frame in a process of its own, or a worker: it waits until we listen to it as well.
         const std::string child = text(event, "sessionId");
         m_sessions.insert(child);
+        const JSON target = inner(event, "targetInfo");
+        if (text(target, "type") == "iframe") {
+            m_foreignFrames.push_back({child, text(target, "targetId")});
+        }
         m_devTools->send("Fetch.enable", everyRequest(), child);
         m_devTools->send("Page.enable", noParameters, child);
+        m_devTools->send("Network.enable", noParameters, child);
         m_devTools->send("Target.setAutoAttach", attachToAll(), child);
         m_devTools->send("Runtime.runIfWaitingForDebugger", noParameters, child);
+    } else if (method == "Target.detachedFromTarget") {
+        const std::string child = text(event, "sessionId");
+        std::erase_if(m_foreignFrames,
+                      [&](const ForeignFrame& frame) { return frame.session == child; });
     } else if (method == "Inspector.targetCrashed" && session == m_session) {
         m_hasCrashed = true;
     } else if (method == "CSS.styleSheetAdded") {
         m_styleSheets.insert(text(inner(event, "header"), "styleSheetId"));
     } else if (method.starts_with("Network.")) {
         m_requests.note(method, event);
+    } else if (method.starts_with("Page.")) {
+        dealWithFrame(method, event);
+    }
+}
+
+void WebSession::dealWithFrame(const std::string& method, const JSON& event) {
+    const JSON frame = inner(event, "frame");
+    if (method == "Page.lifecycleEvent" && text(event, "name") == "load") {
+        m_expected.erase(text(event, "frameId"));
+    }
+    if (text(event, "frameId") != m_target && text(frame, "id") != m_target) {
+        return;
+    }
+    WebLeads& leads = m_requests.leads();
+    const auto now = Clock::now();
+    if (method == "Page.frameScheduledNavigation") {
+        leads.announce(std::chrono::duration<double>(json::number(event, "delay")), now);
+    } else if (method == "Page.frameClearedScheduledNavigation") {
+        leads.withdraw();
+    } else if (method == "Page.frameRequestedNavigation") {
+        if (text(event, "disposition") == "currentTab") {
+            leads.begin(now);
+        }
+    } else if (method == "Page.frameNavigated") {
+        m_loader = text(frame, "loaderId");
+        leads.arrive();
+    } else if (method == "Page.lifecycleEvent" && text(event, "name") == "load") {
+        m_loaded.insert(text(event, "loaderId"));
+    }
+    if (m_loaded.contains(m_loader)) {
+        leads.setLoaded();
     }
 }
 

@@ -10,6 +10,7 @@
 #include <stop_token>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace quillorn {
 
@@ -33,6 +34,11 @@ public:
 
     /// Sends a request about the page and waits for its answer.
     WebResult<JSON> call(const std::string& method, JSON parameters, Clock::time_point deadline);
+    /// The same about a frame in a process of its own.
+    WebResult<JSON> callFrame(const std::string& frameSession, const std::string& method,
+                              JSON parameters, Clock::time_point deadline) {
+        return request(method, std::move(parameters), frameSession, deadline);
+    }
     /// Sends one whose answer is of no interest.
     void tell(const std::string& method, JSON parameters);
     /// Runs a script where the page's own scripts can neither see nor change what it uses.
@@ -44,12 +50,22 @@ public:
     /// What a wait that did not go well means for the page.
     [[nodiscard]] WebError errorOf(WebWait wait) const;
 
-    /// Whether the page that the main frame shows, and is to show, is complete.
-    [[nodiscard]] bool hasLoaded() const {
-        return m_loaded.contains(m_loader) && !m_requests.isFollowing();
+    /// A frame that the engine keeps in a process of its own.
+    struct ForeignFrame {
+        std::string session;
+        std::string frame;
+    };
+    /// Those that came since this was asked last and are still there.
+    [[nodiscard]] std::vector<ForeignFrame> takeForeignFrames() {
+        return std::exchange(m_foreignFrames, {});
     }
-    /// Takes the page of this loader for the one to wait for, unless it leads on to another.
-    void setLoader(std::string loader) { m_loader = std::move(loader); }
+    /// A frame is about to be loaded.
+    void expectLoadOf(const std::string& frame) { m_expected.insert(frame); }
+    /// Whether such a frame has not loaded yet.
+    [[nodiscard]] bool expectsLoads() const { return !m_expected.empty(); }
+
+    /// The engine's name for what the main frame shows.
+    [[nodiscard]] const std::string& loader() const { return m_loader; }
     [[nodiscard]] bool hasCrashed() const { return m_hasCrashed; }
     [[nodiscard]] WebRequests& requests() { return m_requests; }
     /// The style sheets seen since "CSS.enable".
@@ -61,6 +77,8 @@ private:
     /// Makes a place for the page in the engine, which is started if need be.
     WebResult<void> makeContext(Clock::time_point deadline);
     void deal(const JSON& message);
+    /// Deals with an event about the main frame or another one.
+    void dealWithFrame(const std::string& method, const JSON& event);
     WebResult<JSON> request(const std::string& method, JSON parameters, const std::string& session,
                             Clock::time_point deadline);
 
@@ -74,6 +92,8 @@ private:
     std::set<std::string> m_sessions; ///< the page's and those of its frames and workers
     std::string m_loader;             ///< of the main frame's document
     std::set<std::string> m_loaded;   ///< loaders whose documents are complete
+    std::vector<ForeignFrame> m_foreignFrames;
+    std::set<std::string> m_expected; ///< frames whose load is waited for
     std::set<std::string> m_styleSheets;
     int m_world = 0; ///< our own scripts' context; 0 before the first
     bool m_hasCrashed = false;

@@ -2,6 +2,7 @@
 
 #include "platform/files/ReplacementFile.h"
 #include "platform/print/Base64.h"
+#include "platform/print/ForeignFrames.h"
 #include "platform/print/JSONAccess.h"
 #include "platform/print/PageRules.h"
 
@@ -53,7 +54,7 @@ WebResult<void> WebView::load(std::unique_ptr<WebContent> content, const PrintIn
         return opened;
     }
     m_start = Clock::now();
-    auto loaded = navigate();
+    auto loaded = navigate(m_content->startURL());
     if (loaded) {
         loaded = waitForLoad();
     }
@@ -63,10 +64,9 @@ WebResult<void> WebView::load(std::unique_ptr<WebContent> content, const PrintIn
     return loaded;
 }
 
-WebResult<void> WebView::navigate() {
-    m_session->requests().restart();
-    const auto navigated = m_session->call("Page.navigate", {{"url", m_content->startURL()}},
-                                           m_start + m_limits.time / 2);
+WebResult<void> WebView::navigate(const std::string& url) {
+    m_session->requests().start(url);
+    const auto navigated = m_session->call("Page.navigate", {{"url", url}}, half());
     if (!navigated) {
         return tl::unexpected(navigated.error());
     }
@@ -74,54 +74,91 @@ WebResult<void> WebView::navigate() {
         return tl::unexpected(
             WebError{WebError::Kind::refused, "it cannot be loaded as a web page"});
     }
-    m_session->setLoader(json::text(*navigated, "loaderId"));
+    m_loader = json::text(*navigated, "loaderId");
     return {};
+}
+
+WebResult<void> WebView::navigateAgain(const std::string& url) {
+    // From a page to its own address with a fragment is no way that the engine would go.
+    if (auto left = navigate("about:blank"); !left) {
+        return left;
+    }
+    while (m_session->loader() != m_loader) {
+        if (const WebWait wait = m_session->waitForEvent(half()); wait != WebWait::done) {
+            return tl::unexpected(m_session->errorOf(wait));
+        }
+    }
+    return navigate(url);
 }
 
 WebResult<void> WebView::waitForLoad() {
-    const auto half = m_start + m_limits.time / 2;
     WebRequests& requests = m_session->requests();
+    WebLeads& leads = requests.leads();
     // Of the patience with others, most is for the first time that they keep silent.
     auto patience = m_limits.silence * 2 / 3;
     bool isFirstSilence = true;
-    while (!m_session->hasLoaded()) {
+    // However much they have to say, the page needs time without them, too.
+    const auto third = m_start + m_limits.time / 3;
+    const auto othersUntil = [&]() {
         const auto silent = requests.silentSince();
-        const auto until = silent ? std::min(half, *silent + patience) : half;
-        const WebWait wait = m_session->waitForEvent(until);
-        if (wait != WebWait::done && wait != WebWait::timeOver) {
-            return tl::unexpected(m_session->errorOf(wait));
+        return silent ? std::min(*silent + patience, third) : Clock::time_point::max();
+    };
+    std::string heard; // the loader of the page that has told everything about its load
+    while (true) {
+        leads.expire(Clock::now());
+        WebResult<void> again;
+        if (Clock::now() >= half()) {
+            return cutShort();
         }
-        const bool leadsAstray = requests.takeLeadAstray();
-        if (wait == WebWait::done && !leadsAstray) {
-            continue;
-        }
-        if (Clock::now() >= half) {
-            cutShort();
-            return {};
-        }
-        if (leadsAstray) {
-            // The engine reads no further in a page that wants to be left. Without scripts it is
-            // what it says by itself.
-            m_session->tell("Emulation.setScriptExecutionDisabled", {{"value", true}});
+        if (const auto page = leads.takeReload()) {
+            endScripts();
+            again = navigateAgain(*page);
+        } else if (leads.isLoaded() && !leads.openUntil()) {
+            if (heard == m_session->loader()) {
+                return {};
+            }
+            heard = m_session->loader();
+            again = hearOut();
         } else {
-            requests.giveUpSilentOnes(!std::exchange(isFirstSilence, false));
-            patience = m_limits.silence - patience;
+            const auto until =
+                std::min({half(), leads.openUntil().value_or(half()), othersUntil()});
+            const WebWait wait = m_session->waitForEvent(until);
+            if (wait != WebWait::done && wait != WebWait::timeOver) {
+                return tl::unexpected(m_session->errorOf(wait));
+            }
+            if (Clock::now() >= othersUntil()) {
+                requests.giveUpSilentOnes(!std::exchange(isFirstSilence, false) ||
+                                          Clock::now() >= third);
+                patience = m_limits.silence - patience;
+                again = navigateAgain(std::string(leads.page())); // it changes on the way
+            }
         }
-        if (auto again = navigate(); !again) {
+        if (!again) {
             return again;
         }
     }
-    requests.setFollowing(false);
-    return {};
 }
 
-void WebView::cutShort() {
-    m_isCutShort = true;
-    m_session->requests().setFollowing(false);
-    // These reach a page in an endless loop, too. One that does not answer fails at printing.
+WebResult<void> WebView::hearOut() {
+    const auto heard = m_session->call("Runtime.evaluate", {{"expression", "0"}},
+                                       std::min(half(), Clock::now() + shortWhile));
+    const bool isOver =
+        !heard && (m_session->hasCrashed() || heard.error().kind == WebError::Kind::cancelled);
+    return isOver ? WebResult<void>(tl::unexpected(heard.error())) : WebResult<void>();
+}
+
+void WebView::endScripts() {
+    // These reach a page in an endless loop, too.
     m_session->tell("Emulation.setScriptExecutionDisabled", {{"value", true}});
     m_session->tell("Runtime.terminateExecution", JSON::object());
-    m_session->tell("Page.stopLoading", JSON::object());
+}
+
+WebResult<void> WebView::cutShort() {
+    m_isCutShort = true;
+    endScripts(); // a page that does not answer to that fails at printing
+    return m_session->requests().leads().isShown()
+               ? WebResult<void>()
+               : tl::unexpected(m_session->errorOf(WebWait::timeOver));
 }
 
 WebResult<void> WebView::print(const PrintInfo& info) {
@@ -159,6 +196,7 @@ WebResult<void> WebView::print(const PrintInfo& info) {
 WebResult<void> WebView::prepareForPaper(const PrintInfo& info) {
     const auto deadline = m_start + m_limits.time;
     const auto soon = [deadline]() { return std::min(deadline, Clock::now() + shortWhile); };
+    m_session->requests().leads().finish();
     m_session->tell("Emulation.setEmulatedMedia", {{"media", "print"}});
     if (!m_isCutShort) {
         // Fonts and pictures that only paper needs are asked for now. Whatever does not come
@@ -170,8 +208,10 @@ WebResult<void> WebView::prepareForPaper(const PrintInfo& info) {
         if (!ready && m_session->hasCrashed()) {
             return tl::unexpected(ready.error());
         }
-        m_session->tell("Emulation.setScriptExecutionDisabled", {{"value", true}});
-        m_session->tell("Runtime.terminateExecution", JSON::object());
+        endScripts();
+    }
+    if (auto taken = takeInForeignFrames(*m_session, soon()); !taken) {
+        return taken;
     }
     const auto metrics = m_session->call("Page.getLayoutMetrics", JSON::object(), deadline);
     if (!metrics) {

@@ -11,13 +11,15 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
+#include <string>
 
 namespace quillorn {
 
 /// Loads a web page into the engine and prints it to a PDF file.
 ///
 /// Loading ends with the page's load event, and at half of the time limit in any case: what is
-/// there by then is printed. Pictures and styles that are missing do not hold it up; other
+/// there by then is printed. A page that leads on is followed first, see WebLeads. Pictures and
+/// styles that are missing do not hold it up; other
 /// machines, where they may be asked at all, are given up when they keep silent, and the page is
 /// loaded without them. Then scripts are switched off, so that nothing changes any more, and the
 /// page is laid out for the paper with our margins, whatever its own "@page" rules say.
@@ -26,7 +28,7 @@ namespace quillorn {
 class WebView {
 public:
     struct Limits {
-        std::chrono::milliseconds time{60'000};   ///< for loading and printing together
+        std::chrono::milliseconds time{28'000};   ///< for loading and printing together
         std::chrono::milliseconds silence{1'900}; ///< of other machines, altogether
         double sheets = 5'000;                    ///< a page that is longer than so many is refused
     };
@@ -46,11 +48,19 @@ public:
 private:
     using Clock = DevTools::Clock;
 
-    /// Lets the engine fetch the page, again if need be.
-    WebResult<void> navigate();
+    /// When loading ends in any case.
+    [[nodiscard]] Clock::time_point half() const { return m_start + m_limits.time / 2; }
+    /// Lets the engine fetch the page at this address.
+    WebResult<void> navigate(const std::string& url);
+    /// Lets it fetch one after having left the present one.
+    WebResult<void> navigateAgain(const std::string& url);
     WebResult<void> waitForLoad();
-    /// Ends loading and scripts of a page that does not come to its end.
-    void cutShort();
+    /// Waits until the engine has told all about a load: what the page does right behind it, too.
+    WebResult<void> hearOut();
+    /// From now on no script runs.
+    void endScripts();
+    /// Takes a page that does not come to its end as it is, if it is there at all.
+    WebResult<void> cutShort();
     WebResult<void> prepareForPaper(const PrintInfo& info);
     WebResult<void> setPageRules(const PrintInfo& info);
     WebResult<void> save(const std::string& stream, ExactPaper& paper, const PrintInfo& info);
@@ -59,6 +69,7 @@ private:
     Limits m_limits;
     std::unique_ptr<WebContent> m_content; ///< outlives m_session
     std::optional<WebSession> m_session;
+    std::string m_loader; ///< the engine's name for the latest page that it was to fetch
     Clock::time_point m_start;
     bool m_isCutShort = false;
 };

@@ -30,6 +30,8 @@ inline constexpr std::string_view toolbar =
     "Toolbar Identifier"; ///< where the toolbar is, if shown
 /// "true": text documents keep their own paper, margins, headers and footers.
 inline constexpr std::string_view keepPageSetup = "KeepPageSetup";
+/// "true": web pages may fetch from other machines.
+inline constexpr std::string_view allowRemote = "AllowRemote";
 } // namespace preference_key
 
 } // namespace quillorn

@@ -247,8 +247,8 @@ TEST(CommandLine, GlobalOptionsMayStandAnywhere) {
 }
 
 TEST(CommandLine, OtherMachinesAreLeftAloneUnlessSaid) {
-    EXPECT_FALSE(composeOf({"--group", "A.pdf", "a.html"}).remoteResources);
-    EXPECT_TRUE(composeOf({"--group", "A.pdf", "a.html", "--remote-resources"}).remoteResources);
+    EXPECT_FALSE(composeOf({"--group", "A.pdf", "a.html"}).allowRemote);
+    EXPECT_TRUE(composeOf({"--group", "A.pdf", "a.html", "--allow-remote"}).allowRemote);
 }
 
 TEST(CommandLine, AfterTwoDashesEveryWordIsAFile) {

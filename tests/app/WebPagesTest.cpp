@@ -96,8 +96,34 @@ TEST_F(WebPagesTest, AskNoOtherMachineUnlessThatIsWanted) {
     EXPECT_THAT(pageTexts(out / "A.pdf"), ElementsAre("a page"));
     EXPECT_EQ(server.visitors(), 0);
     std::vector<std::string> words = composing({"page.html"});
-    words.insert(words.begin() + 1, "--remote-resources");
+    words.insert(words.begin() + 1, "--allow-remote");
     EXPECT_EQ(run(words).status, 0);
+    EXPECT_THAT(pageTexts(out / "A.pdf"), ElementsAre("a page with style"));
+}
+
+TEST_F(WebPagesTest, MayAskOtherMachinesWhereThatIsPreferred) {
+    const TestServer server([](const std::string&) {
+        return TestServer::page("text/css", "p::after{content:' with style'}");
+    });
+    writeFile(work / "page.html",
+              "<link rel=stylesheet href='" + server.url() + "/a.css'><p>a page</p>");
+    const fs::path preferences = home / ".config/quillorn-folivane/quillorn-folivane.conf";
+    fs::create_directories(preferences.parent_path());
+    const auto convertedText = [&](const std::vector<std::string>& options) {
+        std::vector<std::string> words = {"convert", "--output-folder", "out", "page.html"};
+        words.insert(words.begin() + 1, options.begin(), options.end());
+        EXPECT_EQ(run(words).status, 0);
+        return pageTexts(out / "page.pdf");
+    };
+    for (const char* const value : {"false", "1", ""}) {
+        writeFile(preferences, "[General]\nAllowRemote=" + std::string(value) + "\n");
+        EXPECT_THAT(convertedText({}), ElementsAre("a page")) << value;
+    }
+    EXPECT_EQ(server.visitors(), 0);
+    EXPECT_THAT(convertedText({"--allow-remote"}), ElementsAre("a page with style"));
+    writeFile(preferences, "[General]\nAllowRemote=true\n");
+    EXPECT_THAT(convertedText({}), ElementsAre("a page with style"));
+    EXPECT_EQ(run(composing({"page.html"})).status, 0);
     EXPECT_THAT(pageTexts(out / "A.pdf"), ElementsAre("a page with style"));
 }
 
@@ -148,7 +174,7 @@ protected:
         writeFile(work / "endless.html", "<p>text</p><script src='" + server.url() +
                                              "/a.js'></script><script>for(;;){}</script>");
         std::vector<std::string> words = composing({"page.html", "endless.html"});
-        words.insert(words.begin() + 1, "--remote-resources");
+        words.insert(words.begin() + 1, "--allow-remote");
         RunningProgram running = program(words).start();
         EXPECT_TRUE(waitUntil([&]() { return server.visitors() > 0; }));
         return running;

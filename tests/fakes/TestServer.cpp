@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <netinet/in.h>
 #include <poll.h>
+#include <set>
 #include <stdexcept>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -13,7 +14,7 @@
 
 namespace quillorn::tests {
 
-TestServer::TestServer(Answer answer) : m_answer(std::move(answer)) {
+TestServer::TestServer(Answer answer, bool drips) : m_answer(std::move(answer)), m_drips(drips) {
     m_socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     struct sockaddr_in address {};
     address.sin_family = AF_INET;
@@ -46,9 +47,13 @@ std::string TestServer::page(const std::string& mimeType, const std::string& bod
 
 void TestServer::serve() {
     std::vector<pollfd> sockets = {{m_socket, POLLIN, 0}};
+    std::set<int> dripping;
     while (!m_isOver) {
         constexpr int milliseconds = 20;
         ::poll(sockets.data(), sockets.size(), milliseconds);
+        for (const int visitor : dripping) {
+            static_cast<void>(::send(visitor, "/", 1, MSG_NOSIGNAL) > 0);
+        }
         for (std::size_t i = sockets.size(); i-- > 1;) {
             if (sockets[i].revents == 0) {
                 continue;
@@ -60,7 +65,10 @@ void TestServer::serve() {
             if (!answer.empty()) {
                 static_cast<void>(::write(sockets[i].fd, answer.data(), answer.size()) > 0);
             }
-            if (got <= 0 || !answer.empty()) {
+            if (m_drips && !answer.empty()) {
+                dripping.insert(sockets[i].fd);
+            } else if (got <= 0 || !answer.empty()) {
+                dripping.erase(sockets[i].fd);
                 ::close(sockets[i].fd);
                 sockets.erase(sockets.begin() + static_cast<std::ptrdiff_t>(i));
             }

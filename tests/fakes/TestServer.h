@@ -15,8 +15,9 @@ public:
     /// The whole answer to a request ("GET /a.css HTTP/1.1..."); empty: none, for ever.
     using Answer = std::function<std::string(const std::string& request)>;
 
-    /// Throws std::runtime_error where no port can be had.
-    explicit TestServer(Answer answer);
+    /// With `drips` set no answer ever ends: byte after byte follows. Throws std::runtime_error
+    /// where no port can be had.
+    explicit TestServer(Answer answer, bool drips = false);
     ~TestServer();
     TestServer(const TestServer&) = delete;
     TestServer& operator=(const TestServer&) = delete;
@@ -32,6 +33,7 @@ private:
     void serve();
 
     Answer m_answer;
+    bool m_drips;
     int m_socket = -1;
     std::uint16_t m_port = 0;
     std::atomic<int> m_visitors{0};

@@ -178,6 +178,16 @@ TEST_F(ImageViewFirIntakeTest, ANamesakeThatIsRefusedNeverTakesThePlaceOfTheFirs
     EXPECT_EQ(source.shown(), "photo.png: photo.png") << "the others are opened anew";
 }
 
+TEST_F(ImageViewFirIntakeTest, TheSameWebPageTwiceIsPrintedAgainAndThenRefused) {
+    const std::string page = source.file("page.html");
+    source.drop({source.file("a.png"), page}); // it must not be the first
+    source.alerts.expect("Infomation", "page.html already exists!");
+    source.drop({source.file("b.png"), page});
+    EXPECT_EQ(source.conversions.calls(), (Names{"image2PDF a.png", "html2PDF page.html",
+                                                 "image2PDF b.png", "html2PDF page.html"}));
+    EXPECT_EQ(source.shown(), "a.png: a.png | page.html: 1-page | b.png: b.png");
+}
+
 TEST_F(ImageViewFirIntakeTest, WhatIsNoPDFIsReportedAndTheOthersComeIn) {
     source.alerts.expect("Infomation", "no.pdf is not a legal file.");
     source.alerts.expect("Infomation", "gone.pdf is not a legal file.");

@@ -157,6 +157,52 @@ TEST_F(WebViewTest, PrintsArchivesOfEveryEncodingAndAddress) {
                 HasSubstr("plain"));
 }
 
+TEST_F(WebViewTest, FollowsAPageThatLeadsOnAtOnceWithinItsFolder) {
+    file("other.html", "<p>the other page</p>");
+    for (const char* const way :
+         {"<script>location = 'other.html'</script>",
+          "<meta http-equiv=refresh content='0;url=other.html'>",
+          "<script>addEventListener('load', () => location = 'other.html')</script>",
+          "<body onload=\"document.forms[0].submit()\"><form action=other.html></form>"}) {
+        EXPECT_THAT(printed(std::string(way) + "<p>this page</p>"),
+                    AllOf(HasSubstr("the other page"), Not(HasSubstr("this page"))))
+            << way;
+    }
+    EXPECT_THAT(printed("<meta http-equiv=refresh content='3;url=other.html'><p>this page</p>"),
+                HasSubstr("this page"));
+}
+
+TEST_F(WebViewTest, AnArchiveOfAPlaceInAPageIsWhole) {
+    const std::string style = "<style>#x:target::after{content:' that is meant'}</style>";
+    const std::string text = "<p>before</p><p id=x>place</p><p>after</p>";
+    EXPECT_THAT(printedArchive({{"http://a.example/p#x", "text/html", style + text, ""}, {}, {}}),
+                AllOf(HasSubstr("before"), HasSubstr("place that is meant"), HasSubstr("after")));
+    EXPECT_THAT(
+        printedArchive({{"http://a.example/p#x", "text/html",
+                         style + "<script>location='http://b.example/'</script>" + text, ""},
+                        {},
+                        {}}),
+        AllOf(HasSubstr("before"), HasSubstr("place that is meant"), HasSubstr("after")));
+}
+
+TEST_F(WebViewTest, AnArchiveOfALocalPageShowsItsFramesFromElsewhere) {
+    EXPECT_THAT(
+        printedArchive({{"file:///a/b.html", "text/html",
+                         "<p>page</p><iframe src=http://c.example/d></iframe>", ""},
+                        {},
+                        {{{"http://c.example/d", "text/html", "<p>frame</p>", ""}, {}, {}}}}),
+        AllOf(HasSubstr("page"), HasSubstr("frame")));
+}
+
+TEST_F(WebViewTest, ShowsPicturesThatAreLoadedLateElsewhere) {
+    file("square.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='200' height='20'>"
+                       "<text x='0' y='10'>drawn</text></svg>");
+    EXPECT_THAT(printed("<p>top</p><div style='height:9000px'></div>"
+                        "<img loading=lazy src=square.svg><iframe loading=lazy src=late.html>"
+                        "</iframe><p>end</p>"),
+                AllOf(HasSubstr("drawn"), HasSubstr("end")));
+}
+
 TEST_F(WebViewTest, AnArchiveSeesNothingOfTheDisk) {
     file("secret.html", "<p>the secret</p>");
     const std::string url = "file://" + (site / "secret.html").string();
