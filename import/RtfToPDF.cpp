@@ -56,6 +56,10 @@ DocumentFormat formatOf(DocumentKind kind) {
         return DocumentFormat::wordXML;
     case DocumentKind::word:
         return DocumentFormat::word;
+    case DocumentKind::word95:
+        return DocumentFormat::word95;
+    case DocumentKind::word2:
+        return DocumentFormat::word2;
     case DocumentKind::other:
         break;
     }

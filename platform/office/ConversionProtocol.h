@@ -9,13 +9,14 @@
 namespace quillorn::conversion {
 
 inline constexpr std::string_view officeWorkerName = "quillorn-office-worker";
+inline constexpr std::string_view officePartName = "quillorn-office-part.so"; ///< in its engine
 inline constexpr std::string_view textWorkerName = "quillorn-text-worker";
 
 /// The pipes' numbers in the worker.
 inline constexpr int jobPipe = 3;
 inline constexpr int answerPipe = 4;
 
-enum class DocumentFormat : std::uint32_t { richText, wordXML, word, plainText };
+enum class DocumentFormat : std::uint32_t { richText, wordXML, word, plainText, word95, word2 };
 
 /// A job, followed by the bytes of the document. Lengths are points.
 struct JobHeader {

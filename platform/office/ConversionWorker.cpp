@@ -30,6 +30,8 @@ constexpr milliseconds stopInterval{100};
 constexpr std::chrono::seconds endPatience{1};
 
 constexpr std::uint64_t largestPDF = std::uint64_t{1} << 30U;
+/// The largest text takes a few times its size.
+constexpr std::uint64_t textWorkerMemory = std::uint64_t{1} << 30U;
 constexpr std::uint32_t longestText = 64U << 10U;
 constexpr std::size_t blockSize = std::size_t{256} << 10U;
 constexpr std::string_view pdfMark = "%PDF-";
@@ -64,20 +66,30 @@ std::string dataHome() {
     return home != nullptr ? std::string(home) + "/.local/share" : std::string();
 }
 
-/// Starts the command's program, or a copy of it where the child's user may not look into the
-/// folder that it lies in.
-FileResult<ChildProcess> startReachable(ChildCommand& command, const ChildFolder& folder) {
+/// Copies a file of ours to where the child may read it.
+bool copyForChild(const fs::path& file, const ChildFolder& folder) {
+    const fs::path copy = folder.path() / file.filename();
+    std::error_code error;
+    return fs::copy_file(file, copy, error) && folder.giveToChild(copy);
+}
+
+/// Starts the command's program, or a copy of it and of its libraries where the child's user may
+/// not look into the folder that they lie in.
+FileResult<ChildProcess> startReachable(ChildCommand& command, const ChildFolder& folder,
+                                        const std::vector<std::string>& libraries) {
     auto child = ChildProcess::start(command);
     if (child || child.error().errnoValue != EACCES) {
         return child;
     }
     const fs::path program = command.arguments[0];
-    const fs::path copy = folder.path() / program.filename();
-    std::error_code error;
-    if (!fs::copy_file(program, copy, error) || !folder.giveToChild(copy)) {
+    bool isCopied = copyForChild(program, folder);
+    for (const std::string& library : libraries) {
+        isCopied = isCopied && copyForChild(besideProgram(library), folder);
+    }
+    if (!isCopied) {
         return child;
     }
-    command.arguments[0] = copy.string();
+    command.arguments[0] = (folder.path() / program.filename()).string();
     return ChildProcess::start(command);
 }
 
@@ -86,12 +98,14 @@ FileResult<ChildProcess> startReachable(ChildCommand& command, const ChildFolder
 ConversionWorker::Options officeWorker() {
     ConversionWorker::Options options;
     options.program = conversion::officeWorkerName;
+    options.libraries = {std::string(conversion::officePartName)};
     return options;
 }
 
 ConversionWorker::Options textWorker() {
     ConversionWorker::Options options;
     options.program = conversion::textWorkerName;
+    options.dataBytes = textWorkerMemory;
     return options;
 }
 
@@ -115,11 +129,11 @@ ConversionResult<std::unique_ptr<ConversionWorker::Run>> ConversionWorker::start
 #ifndef QUILLORN_SANITIZERS
     command.limits.dataBytes = m_options.dataBytes; // a sanitizer reserves far more than that
 #endif
-    command.limits.fileBytes = largestPDF;
+    command.limits.fileBytes = m_options.fileBytes;
     command.network = false;
     command.pipes = {{conversion::jobPipe, ChildPipe::Direction::toChild},
                      {conversion::answerPipe, ChildPipe::Direction::fromChild}};
-    auto child = startReachable(command, *folder);
+    auto child = startReachable(command, *folder, m_options.libraries);
     if (!child) {
         return cannot(child.error());
     }

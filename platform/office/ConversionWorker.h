@@ -36,7 +36,9 @@ class ConversionWorker {
 public:
     struct Options {
         std::string program;                               ///< its name beside this program
+        std::vector<std::string> libraries;                ///< of ours, beside it, that it loads
         std::uint64_t dataBytes = std::uint64_t{2} << 30U; ///< memory of each of its processes
+        std::uint64_t fileBytes = std::uint64_t{1} << 30U; ///< size of a file that it may write
         std::chrono::milliseconds startPatience{60'000};
         std::chrono::milliseconds timeLimit{60'000}; ///< for each document
     };

@@ -14,6 +14,7 @@ using namespace std::string_view_literals;
 constexpr std::string_view richTextMark = "{\\rtf";
 constexpr std::string_view archiveMark = "PK\3\4";
 constexpr std::string_view compoundMark = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1";
+constexpr std::string_view word2Mark = "\xDB\xA5";
 
 // In a compound file (what Word wrote before its XML).
 constexpr std::size_t sectorShiftOffset = 30;
@@ -23,6 +24,7 @@ constexpr unsigned smallestSectorShift = 7;
 constexpr unsigned largestSectorShift = 16;
 // In the head of a Word document, the first thing in its stream.
 constexpr std::uint32_t wordMark = 0xA5EC;
+constexpr std::uint32_t word95Mark = 0xA5DC;
 constexpr std::size_t headFlagsOffset = 11;
 constexpr unsigned char encryptedFlag = 0x01;
 constexpr std::size_t headSize = 32;
@@ -50,17 +52,32 @@ std::size_t findEntry(std::string_view file, std::string_view name) {
     return found;
 }
 
-bool isEncryptedWord(std::string_view file, std::size_t entry) {
+/// The head of the Word document that an entry leads to; empty where that is nowhere.
+std::string_view headOf(std::string_view file, std::size_t entry) {
     const unsigned shift = byteAt(file, sectorShiftOffset) | byteAt(file, sectorShiftOffset + 1)
                                                                  << 8U;
     if (shift < smallestSectorShift || shift > largestSectorShift) {
-        return false;
+        return {};
     }
     const std::uint64_t sector = numberAt(file, entry + entryStartOffset);
     const std::uint64_t head = (sector + 1) << shift;
-    return head + headSize <= file.size() &&
-           (numberAt(file, static_cast<std::size_t>(head)) & 0xFFFFU) == wordMark &&
-           (byteAt(file, static_cast<std::size_t>(head) + headFlagsOffset) & encryptedFlag) != 0;
+    return head + headSize <= file.size() ? file.substr(static_cast<std::size_t>(head), headSize)
+                                          : std::string_view();
+}
+
+bool isWord95(std::string_view head) {
+    return (numberAt(head, 0) & 0xFFFFU) == word95Mark;
+}
+
+bool isEncryptedWord(std::string_view head) {
+    return ((numberAt(head, 0) & 0xFFFFU) == wordMark || isWord95(head)) &&
+           (byteAt(head, headFlagsOffset) & encryptedFlag) != 0;
+}
+
+DocumentKind kindOfCompound(std::string_view file) {
+    const std::size_t entry = findEntry(file, "WordDocument");
+    return entry != std::string_view::npos && isWord95(headOf(file, entry)) ? DocumentKind::word95
+                                                                            : DocumentKind::word;
 }
 
 std::string_view textOf(std::span<const char> bytes) {
@@ -75,7 +92,7 @@ std::optional<std::string_view> reasonAgainstCompound(std::string_view file) {
     if (entry == std::string_view::npos) {
         return "it holds no Word document";
     }
-    if (isEncryptedWord(file, entry)) {
+    if (isEncryptedWord(headOf(file, entry))) {
         return "it is locked with a password";
     }
     return std::nullopt;
@@ -109,7 +126,8 @@ DocumentKind documentKindOf(std::span<const char> document) {
     const std::string_view file = textOf(document);
     return file.starts_with(richTextMark)   ? DocumentKind::richText
            : file.starts_with(archiveMark)  ? DocumentKind::wordXML
-           : file.starts_with(compoundMark) ? DocumentKind::word
+           : file.starts_with(compoundMark) ? kindOfCompound(file)
+           : file.starts_with(word2Mark)    ? DocumentKind::word2
                                             : DocumentKind::other;
 }
 
@@ -128,7 +146,12 @@ std::optional<std::string_view> reasonAgainstDocument(std::span<const char> docu
         }
         return std::nullopt;
     case DocumentKind::word:
+    case DocumentKind::word95:
         return reasonAgainstCompound(file);
+    case DocumentKind::word2:
+        return (byteAt(file, headFlagsOffset) & encryptedFlag) != 0
+                   ? std::optional<std::string_view>("it is locked with a password")
+                   : std::nullopt;
     case DocumentKind::other:
         break;
     }

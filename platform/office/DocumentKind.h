@@ -7,7 +7,14 @@
 namespace quillorn {
 
 /// What the bytes of a text document are, whatever its name says.
-enum class DocumentKind { richText, wordXML, word, other };
+enum class DocumentKind {
+    richText,
+    wordXML,
+    word,   ///< as of Word 97
+    word95, ///< or Word 6
+    word2,
+    other
+};
 
 /// Recognises a document by its bytes, all of which are given.
 [[nodiscard]] DocumentKind documentKindOf(std::span<const char> document);

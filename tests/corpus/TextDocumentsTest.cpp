@@ -14,9 +14,13 @@
 namespace quillorn::corpus {
 namespace {
 
+/// Whether a script that knows no engine of ours is to find the document's words in the PDF.
+enum class Words { expected, unknown };
+
 /// Checks a result of a conversion into an otherwise empty folder.
 void expectFlawlessOrRefused(const ImportResult<std::string>& pdf,
-                             const std::filesystem::path& folder) {
+                             const std::filesystem::path& folder,
+                             const std::filesystem::path& document, Words words) {
     if (!pdf) {
         EXPECT_NE(pdf.error().message, "");
         EXPECT_NE(pdf.error().reason, "");
@@ -25,8 +29,21 @@ void expectFlawlessOrRefused(const ImportResult<std::string>& pdf,
     }
     const ProgramRun check = runProgram({"qpdf", "--check", *pdf});
     EXPECT_EQ(check.exitStatus, 0) << check.output << check.errors;
-    const ProgramRun text = runProgram({"pdftotext", *pdf, "-"});
-    EXPECT_EQ(text.exitStatus, 0) << text.errors;
+    const std::string text = (folder / "text").string();
+    const ProgramRun reading = runProgram({"pdftotext", "-enc", "UTF-8", *pdf, text});
+    EXPECT_EQ(reading.exitStatus, 0) << reading.errors;
+    if (words == Words::expected) {
+        const ProgramRun search =
+            runProgram({"python3", QUILLORN_SOURCE_WORDS, document.string(), text});
+        const bool hasNone = search.exitStatus == 2;
+        EXPECT_TRUE(hasNone || search.exitStatus == 0)
+            << "missing: " << search.output << search.errors;
+    }
+}
+
+/// Nobody can say what a damaged document says.
+Words wordsOf(const std::filesystem::path& document) {
+    return document.filename().string().starts_with("damaged") ? Words::unknown : Words::expected;
 }
 
 class TextDocument : public testing::TestWithParam<Document> {
@@ -37,12 +54,11 @@ protected:
 TEST_P(TextDocument, BecomesAFlawlessPdfOrIsRefusedWithAMessage) {
     const TemporaryFolder folder;
     TextDocumentConverter converter({folder.path()});
-    const auto converted = converter.rtf2PDF(GetParam().file.string());
-    if (converted) {
-        expectFlawlessOrRefused(converted->pdf, folder.path());
-    } else {
-        expectFlawlessOrRefused(tl::unexpected(converted.error()), folder.path());
-    }
+    const auto& file = GetParam().file;
+    const auto converted = converter.rtf2PDF(file.string());
+    const ImportResult<std::string> pdf =
+        converted.transform([](const ConvertedFile& result) { return result.pdf; });
+    expectFlawlessOrRefused(pdf, folder.path(), file, wordsOf(file));
 }
 
 class DroppedWordDocument : public TextDocument {};
@@ -51,7 +67,9 @@ TEST_P(DroppedWordDocument, BecomesAFlawlessPdfOrIsRefusedWithAMessage) {
     const TemporaryFolder folder;
     WebPageConverter html({folder.path(), false});
     WordConverter converter(html, {folder.path()});
-    expectFlawlessOrRefused(converter.doc2PDF(GetParam().file.string()), folder.path());
+    const auto& file = GetParam().file;
+    expectFlawlessOrRefused(converter.doc2PDF(file.string()), folder.path(), file,
+                            Words::unknown); // wvCommand leaves some out
 }
 
 // The corpus that this repository carries holds no text documents.

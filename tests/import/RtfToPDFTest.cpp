@@ -3,14 +3,17 @@
 #include "tests/fakes/PDFContents.h"
 #include "tests/fakes/Program.h"
 #include "tests/fakes/TemporaryFolder.h"
+#include "tests/import/TextConversion.h"
 
 #include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <random>
+#include <sstream>
 #include <stop_token>
 #include <string>
 #include <string_view>
@@ -26,51 +29,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-class RtfToPDFTest : public testing::Test {
-protected:
-    static void SetUpTestSuite() { std::signal(SIGPIPE, SIG_IGN); } // as the program does
-    static void TearDownTestSuite() {
-        engines().office.end();
-        engines().text.end();
-    }
-    /// One pair for all tests of the program.
-    static TextEngines& engines() {
-        static TextEngines all;
-        return all;
-    }
-
-    RtfToPDFTest() {
-        fs::create_directory(folder / "cache");
-        fs::create_directory(folder / "files");
-    }
-    [[nodiscard]] std::string file(const std::string& name, std::string_view content) const {
-        writeFile(folder / "files" / name, content);
-        return (folder / "files" / name).string();
-    }
-    /// The text of the PDF that a file becomes, or "refused: " with the reason.
-    std::string converted(const std::string& path, bool keepPageSetup = false) {
-        RtfToPDF converter(engines(), cache, keepPageSetup);
-        const auto result = converter.convertRtfToPDF(path);
-        if (!result) {
-            return "refused: " + result.error().reason;
-        }
-        EXPECT_EQ(converter.tmpPath(), cache / fs::path(path).filename());
-        EXPECT_EQ(complaintsAbout(converter.tmpPath()), "");
-        notices = *result;
-        std::string text;
-        for (const std::string& page : pageTexts(converter.tmpPath())) {
-            text += page;
-        }
-        return text;
-    }
-    [[nodiscard]] std::string told(const std::string& name) const {
-        return Program("pdfinfo", {(cache / name).string()}).run().output;
-    }
-
-    const TemporaryFolder folder;
-    const fs::path cache = folder / "cache";
-    std::vector<std::string> notices;
-};
+class RtfToPDFTest : public TextConversion {};
 
 TEST_F(RtfToPDFTest, TheFrameIs180PointsSmallerThanThePaper) {
     TextEngines unused;
@@ -133,6 +92,62 @@ TEST_F(RtfToPDFTest, PlainTextIsReadInWhateverEncoding) {
     EXPECT_THAT(told("a.txt"), HasSubstr("595 x 842"));
 }
 
+TEST_F(RtfToPDFTest, AFormFeedBeginsAPageAndMakesNoBlankOne) {
+    const auto pages = [this](const std::string& name, std::string_view text) {
+        EXPECT_NE(converted(file(name, text)), "");
+        return pageTexts(cache / name);
+    };
+    EXPECT_THAT(pages("a.txt", "\fone\n\f\ntwo\f\n"), ElementsAre("one", "two"));
+    EXPECT_THAT(pages("b.txt", "one\f\f\n \n\ftwo\n\f"), ElementsAre("one", "two"));
+    // A page that is full, then a line end: the next page has begun, but nothing stands on it.
+    std::string full;
+    for (int line = 1; pages("c.txt", full + "x\n").size() == 1; ++line) {
+        full += std::to_string(line) + "\n";
+    }
+    EXPECT_THAT(pages("d.txt", full + "\fnext"), ElementsAre(HasSubstr("1\n2\n"), "next"));
+    EXPECT_THAT(pages("e.txt", full + "\n\n"), testing::SizeIs(1));
+    EXPECT_EQ(converted(file("f.txt", "\f \n\f")), "");
+    EXPECT_THAT(told("f.txt"), HasSubstr("Pages:           1"));
+}
+
+TEST_F(RtfToPDFTest, ATextOfTooManyPagesIsRefused) {
+    EXPECT_THAT(converted(file("a.txt", "a" + std::string(4'000'000, '\n') + "b")),
+                HasSubstr("refused: it has more than 50000 pages"));
+}
+
+TEST_F(RtfToPDFTest, PagesThatThereIsNoRoomForAreNoticed) {
+    ConversionWorker::Options options = textWorker();
+    options.fileBytes = 64 << 10U;
+    ConversionWorker worker(options);
+    ConversionJob job;
+    std::string text;
+    for (int line = 0; line < 20'000; ++line) {
+        text += std::to_string(line * 7919) + "\n";
+    }
+    job.paper = {595, 842};
+    job.margin = 90;
+    job.document = text;
+    const auto result = worker.convert(job, cache / "a.txt");
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().reason, "there is no room for its pages");
+    EXPECT_THAT(namesIn(cache), IsEmpty());
+    // Less of it finds room.
+    job.document = std::string_view("short");
+    EXPECT_TRUE(worker.convert(job, cache / "a.txt"));
+    EXPECT_EQ(complaintsAbout(cache / "a.txt"), "");
+}
+
+TEST_F(RtfToPDFTest, WhatReadsPlainTextHasGivenUpItsRights) {
+    EXPECT_EQ(converted(file("a.txt", "text")), "text");
+    const pid_t process = engines().text.processGroup();
+    ASSERT_GT(process, 0);
+    std::ostringstream read;
+    read << std::ifstream("/proc/" + std::to_string(process) + "/status").rdbuf();
+    const std::string status = read.str();
+    EXPECT_THAT(status, HasSubstr("NoNewPrivs:\t1\n"));
+    EXPECT_THAT(status, HasSubstr("Seccomp:\t2\n"));
+}
+
 TEST_F(RtfToPDFTest, TheContentDecidesWhatAFileIs) {
     EXPECT_EQ(converted(file("letter.doc", R"({\rtf1\ansi rich text})")), "rich text");
     EXPECT_EQ(converted(file("letter.txt", R"({\rtf1\ansi rich text})")), "rich text");
@@ -171,17 +186,6 @@ TEST_F(RtfToPDFTest, RandomBytesBehindAGoodStartAreRefusedOrPrinted) {
     }
     // And the engines go on.
     EXPECT_EQ(converted(file("letter.rtf", R"({\rtf1\ansi text})")), "text");
-}
-
-TEST_F(RtfToPDFTest, ADocumentGetsNoOtherFile) {
-    const std::string secret = file("secret.txt", "secret");
-    fs::permissions(secret, fs::perms::owner_read);
-    const std::string text =
-        converted(file("a.rtf", R"({\rtf1\ansi before {\field{\*\fldinst INCLUDETEXT ")" + secret +
-                                    R"("}{\fldrslt none}} {\field{\*\fldinst INCLUDEPICTURE ")" +
-                                    secret + R"("}{\fldrslt}} after})"));
-    EXPECT_THAT(text, HasSubstr("before"));
-    EXPECT_THAT(text, Not(HasSubstr("secret")));
 }
 
 TEST_F(RtfToPDFTest, AKilledEngineCostsNothingButItsDocument) {

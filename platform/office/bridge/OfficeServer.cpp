@@ -1,16 +1,20 @@
 #include "platform/office/bridge/OfficeServer.h"
 
-#include "platform/office/bridge/Strings.h"
+#include "platform/office/engine/EnginePart.h"
+#include "platform/office/engine/Strings.h"
 
 #include <cerrno>
 #include <com/sun/star/bridge/UnoUrlResolver.hpp>
-#include <com/sun/star/frame/Desktop.hpp>
+#include <com/sun/star/lang/XMultiComponentFactory.hpp>
+#include <com/sun/star/lang/XSingleComponentFactory.hpp>
+#include <com/sun/star/loader/XImplementationLoader.hpp>
 #include <com/sun/star/uno/XComponentContext.hpp>
 #include <cppuhelper/bootstrap.hxx>
 #include <cstring>
 #include <fstream>
 #include <rtl/bootstrap.hxx>
 #include <spawn.h>
+#include <string_view>
 #include <sys/wait.h>
 #include <system_error>
 #include <thread>
@@ -21,9 +25,12 @@ namespace quillorn::office {
 
 namespace fs = std::filesystem;
 using com::sun::star::bridge::UnoUrlResolver;
+using com::sun::star::lang::XSingleComponentFactory;
+using com::sun::star::loader::XImplementationLoader;
 using com::sun::star::uno::Exception;
 using com::sun::star::uno::Reference;
 using com::sun::star::uno::UNO_QUERY;
+using com::sun::star::uno::UNO_QUERY_THROW;
 using com::sun::star::uno::XComponentContext;
 
 namespace {
@@ -35,7 +42,9 @@ constexpr std::chrono::milliseconds connectInterval{10};
 constexpr int wantsRestart = 81;
 constexpr int mostStarts = 3;
 
-/// Documents fetch nothing from elsewhere and run nothing; the engine keeps nothing for later.
+/// Documents fetch nothing from elsewhere and run nothing; the engine keeps nothing for later. It
+/// takes the profile for one that it has used before, in whatever version: at its first start
+/// it would test how it draws, which takes three times as long as all the rest of the start.
 constexpr const char* settings =
     R"(<?xml version="1.0" encoding="UTF-8"?>
 <oor:items xmlns:oor="http://openoffice.org/2001/registry" xmlns:xs="http://www.w3.org/2001/XMLSchema">
@@ -46,15 +55,35 @@ constexpr const char* settings =
 <item oor:path="/org.openoffice.Office.Recovery/AutoSave"><prop oor:name="Enabled" oor:op="fuse"><value>false</value></prop></item>
 <item oor:path="/org.openoffice.Office.Common/History"><prop oor:name="PickListSize" oor:op="fuse"><value>0</value></prop></item>
 <item oor:path="/org.openoffice.Office.Common/Misc"><prop oor:name="FirstRun" oor:op="fuse"><value>false</value></prop></item>
+<item oor:path="/org.openoffice.Setup/Product"><prop oor:name="ooSetupLastVersion" oor:op="fuse"><value>999.9</value></prop></item>
 </oor:items>
 )";
 
-bool writeSettings(const fs::path& profile) {
+/// What the installed engine calls its build; empty when it does not say.
+std::string buildName() {
+    constexpr std::string_view key = "buildid=";
+    std::ifstream file(std::string(OfficeServer::programFolder) + "/versionrc");
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with(key)) {
+            return line.substr(key.size());
+        }
+    }
+    return {};
+}
+
+bool writeText(const fs::path& path, std::string_view text) {
     std::error_code error;
-    fs::create_directories(profile / "user", error);
-    std::ofstream file(profile / "user" / "registrymodifications.xcu");
-    file << settings;
+    fs::create_directories(path.parent_path(), error);
+    std::ofstream file(path);
+    file << text;
     return static_cast<bool>(file.flush());
+}
+
+/// Makes a profile as the engine would leave one behind. In one where the name of its build is
+/// missing it looks through extensions, and then wants to be started again.
+bool writeProfile(const fs::path& profile) {
+    return writeText(profile / "user" / "registrymodifications.xcu", settings) &&
+           writeText(profile / "user" / "extensions" / "buildid", buildName());
 }
 
 } // namespace
@@ -86,8 +115,20 @@ bool OfficeServer::isAlive() {
     return ::waitpid(m_process, &m_waitStatus, WNOHANG) == 0;
 }
 
+void OfficeServer::loadPart(const Reference<XComponentContext>& engine) {
+    const Reference<XImplementationLoader> loader(
+        engine->getServiceManager()->createInstanceWithContext("com.sun.star.loader.SharedLibrary",
+                                                               engine),
+        UNO_QUERY_THROW);
+    const Reference<XSingleComponentFactory> factory(
+        loader->activate(rtl::OUString::createFromAscii(partName), {}, fileURL(m_part.string()),
+                         {}),
+        UNO_QUERY_THROW);
+    m_conversion.set(factory->createInstanceWithContext(engine), UNO_QUERY);
+}
+
 std::string OfficeServer::start(std::chrono::steady_clock::time_point deadline) {
-    if (!writeSettings(m_folder / "profile")) {
+    if (!writeProfile(m_folder / "profile")) {
         return "its profile cannot be written";
     }
     // Without the types of the office the client crashes when it meets one.
@@ -105,10 +146,10 @@ std::string OfficeServer::start(std::chrono::steady_clock::time_point deadline) 
         }
         do {
             try {
-                m_context.set(resolver->resolve(address), UNO_QUERY);
-                if (m_context.is()) {
-                    m_desktop = com::sun::star::frame::Desktop::create(m_context);
-                    return {};
+                const Reference<XComponentContext> engine(resolver->resolve(address), UNO_QUERY);
+                if (engine.is()) {
+                    loadPart(engine);
+                    return m_conversion.is() ? "" : "it does not load " + m_part.string();
                 }
             } catch (const Exception&) {
                 // It does not listen yet.

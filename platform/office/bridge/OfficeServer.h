@@ -1,7 +1,7 @@
 #pragma once
 
 #include <chrono>
-#include <com/sun/star/frame/XDesktop2.hpp>
+#include <com/sun/star/task/XJob.hpp>
 #include <com/sun/star/uno/Reference.hxx>
 #include <com/sun/star/uno/XComponentContext.hpp>
 #include <filesystem>
@@ -16,25 +16,22 @@ namespace quillorn::office {
 /// on a local socket. Whoever watches over this process ends both.
 class OfficeServer {
 public:
-    /// `folder` is private to us and takes the profile.
-    explicit OfficeServer(std::filesystem::path folder) : m_folder(std::move(folder)) {}
+    /// `folder` is private to us and takes the profile, `part` is the library that the engine
+    /// loads.
+    OfficeServer(std::filesystem::path folder, std::filesystem::path part)
+        : m_folder(std::move(folder)), m_part(std::move(part)) {}
 
     /// Starts the engine and connects to it. Returns why that failed, or nothing.
     [[nodiscard]] std::string start(std::chrono::steady_clock::time_point deadline);
 
-    [[nodiscard]] const com::sun::star::uno::Reference<com::sun::star::frame::XDesktop2>&
-    desktop() const {
-        return m_desktop;
+    /// Our part of the engine.
+    [[nodiscard]] const com::sun::star::uno::Reference<com::sun::star::task::XJob>&
+    conversion() const {
+        return m_conversion;
     }
 
     /// Where the engine is installed.
     static constexpr const char* programFolder = QUILLORN_OFFICE_FOLDER "/program";
-
-    /// What everything in the engine is made with.
-    [[nodiscard]] const com::sun::star::uno::Reference<com::sun::star::uno::XComponentContext>&
-    context() const {
-        return m_context;
-    }
 
 private:
     /// 0, or an errno value.
@@ -42,11 +39,15 @@ private:
     /// Waits a moment; false when the engine has ended meanwhile.
     [[nodiscard]] bool isAlive();
 
+    /// Lets the engine load our part.
+    void
+    loadPart(const com::sun::star::uno::Reference<com::sun::star::uno::XComponentContext>& engine);
+
     std::filesystem::path m_folder;
+    std::filesystem::path m_part;
     pid_t m_process = -1;
     int m_waitStatus = 0;
-    com::sun::star::uno::Reference<com::sun::star::uno::XComponentContext> m_context;
-    com::sun::star::uno::Reference<com::sun::star::frame::XDesktop2> m_desktop;
+    com::sun::star::uno::Reference<com::sun::star::task::XJob> m_conversion;
 };
 
 } // namespace quillorn::office

@@ -1,20 +1,26 @@
-#include "platform/office/bridge/Comments.h"
 #include "platform/office/bridge/OfficeServer.h"
-#include "platform/office/bridge/Strings.h"
-#include "platform/office/bridge/WriterDocument.h"
+#include "platform/office/engine/EnginePart.h"
+#include "platform/office/engine/Strings.h"
 #include "platform/office/worker/Confinement.h"
 #include "platform/office/worker/Serve.h"
 
+#include <array>
 #include <chrono>
+#include <com/sun/star/beans/NamedValue.hpp>
 #include <com/sun/star/lang/DisposedException.hpp>
+#include <com/sun/star/task/XJob.hpp>
+#include <com/sun/star/uno/Any.hxx>
 #include <com/sun/star/uno/Exception.hpp>
+#include <com/sun/star/uno/Sequence.hxx>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <system_error>
 
 // The process between the program and the office engine. It alone speaks the engine's language,
 // and has as few rights as the engine itself: whoever takes over one of them has won nothing.
@@ -23,6 +29,9 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace quillorn;
+using com::sun::star::beans::NamedValue;
+using com::sun::star::uno::Any;
+using com::sun::star::uno::Sequence;
 using conversion::Answer;
 using conversion::Job;
 using conversion::Outcome;
@@ -30,32 +39,45 @@ using conversion::Outcome;
 /// A first start from a cold disk takes seconds; the program is less patient than this.
 constexpr std::chrono::minutes startPatience{5};
 
-Answer converted(office::OfficeServer& server, const Job& job, const fs::path& input,
+/// What our part of the engine makes of a document.
+Answer converted(const office::OfficeServer& server, const Job& job, const fs::path& document,
                  const fs::path& pdf) {
-    const char* filter = office::filterFor(job.header.format);
-    fs::path file = input;
-    if (office::mayHaveComments(job.document, job.header.format)) {
-        file += ".odt";
-        office::copyWithoutComments(server.context(), input, job.header.format, file);
-        filter = "writer8";
+    const auto named = [](const char* name, const Any& value) {
+        return NamedValue(rtl::OUString::createFromAscii(name), value);
+    };
+    const Sequence<sal_Int8> header(reinterpret_cast<const sal_Int8*>(&job.header),
+                                    sal_Int32{sizeof job.header});
+    const std::array<NamedValue, 3> arguments = {
+        named(office::headerArgument, Any(header)),
+        named(office::documentArgument, Any(office::unoText(document.string()))),
+        named(office::pdfArgument, Any(office::unoText(pdf.string())))};
+    Sequence<NamedValue> answers;
+    server.conversion()->execute({arguments.data(), sal_Int32{arguments.size()}}) >>= answers;
+    Answer answer;
+    for (const NamedValue& value : answers) {
+        rtl::OUString text;
+        sal_uInt32 outcome = 0;
+        if (value.Value >>= text) {
+            answer.text = office::plainText(text);
+        } else if ((value.Value >>= outcome) &&
+                   outcome == static_cast<sal_uInt32>(Outcome::converted)) {
+            answer.outcome = Outcome::converted;
+        }
     }
-    office::WriterDocument document(server.desktop(), file, filter);
-    if (!document.isText()) {
-        return {Outcome::refused, "the office engine cannot read it as a text document"};
-    }
-    if (job.header.keepPageSetup == 0) {
-        document.setPages(job.header);
-    }
-    Answer answer{Outcome::converted, {}};
-    for (const std::string& font : document.missingFonts()) {
-        answer.text += "its font " + font + " is not installed; another one takes its place\n";
-    }
-    document.exportPDF(pdf);
     return answer;
 }
 
-Answer convert(office::OfficeServer& server, const Job& job, const fs::path& pdf) {
-    const fs::path input = pdf.parent_path() / "document";
+/// Opens a file that is there no more afterwards.
+FileDescriptor openAndRemove(const fs::path& file) {
+    FileDescriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    std::error_code ignored; // the folder is thrown away in any case
+    fs::remove(file, ignored);
+    return opened;
+}
+
+Answer convert(const office::OfficeServer& server, const Job& job, const fs::path& folder) {
+    const fs::path input = folder / "document";
+    const fs::path pdf = folder / "document.pdf";
     std::ofstream file(input, std::ios::binary | std::ios::trunc);
     file.write(job.document.data(), static_cast<std::streamsize>(job.document.size()));
     file.close();
@@ -71,20 +93,30 @@ Answer convert(office::OfficeServer& server, const Job& job, const fs::path& pdf
         // Its own words are for programmers.
         answer = {Outcome::refused, "the office engine cannot read it"};
     }
+    answer.pdf = openAndRemove(pdf);
     std::error_code ignored; // the folder is thrown away in any case
     fs::remove(input, ignored);
     fs::remove(fs::path(input) += ".odt", ignored);
     return answer;
 }
 
+/// Our part of the engine lies beside this program, also where both are copies in the private
+/// folder, which is called otherwise now.
+fs::path partPath(const fs::path& program, const fs::path& privateFolder, const fs::path& folder) {
+    const fs::path beside = program.parent_path();
+    return (beside == privateFolder ? folder : beside) / conversion::officePartName;
+}
+
 int run(const fs::path& privateFolder) {
+    const fs::path program = fs::read_symlink("/proc/self/exe");
     const fs::path folder = conversion::enterPrivateTemporaryFolder(privateFolder);
+    const fs::path part = partPath(program, privateFolder, folder);
     for (const char* const variable : {"HOME", "TMPDIR", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"}) {
         ::setenv(variable, folder.c_str(), 1);
     }
     ::setenv("SAL_USE_VCLPLUGIN", "svp", 1);
-    conversion::confineFiles(folder);
-    office::OfficeServer server(folder);
+    conversion::confineFiles(folder, part);
+    office::OfficeServer server(folder, part);
     const std::string trouble = server.start(std::chrono::steady_clock::now() + startPatience);
     if (!trouble.empty()) {
         conversion::announce({Outcome::unavailable, "the office engine: " + trouble});
@@ -94,8 +126,7 @@ int run(const fs::path& privateFolder) {
         return 1;
     }
     return conversion::serve(
-        [&server](const Job& job, const fs::path& pdf) { return convert(server, job, pdf); },
-        folder);
+        [&server, &folder](const Job& job) { return convert(server, job, folder); });
 }
 
 } // namespace

@@ -8,7 +8,9 @@
 #include <memory>
 #include <uchardet/uchardet.h>
 #include <unicode/ucnv.h>
-#include <unicode/ustring.h>
+#include <unicode/ucnv_cb.h>
+#include <unicode/ucnv_err.h>
+#include <unicode/utf8.h>
 
 namespace quillorn::text {
 
@@ -33,6 +35,9 @@ struct Mark {
     const char* encoding;
 };
 
+/// More broken letters than one in so many: it is another encoding.
+constexpr std::size_t lettersForEachBroken = 16;
+
 /// The longer ones first where one begins like another.
 constexpr std::array<Mark, 5> marks = {{{"\xEF\xBB\xBF"sv, "UTF-8"},
                                         {"\xFF\xFE\0\0"sv, "UTF-32LE"},
@@ -40,15 +45,26 @@ constexpr std::array<Mark, 5> marks = {{{"\xEF\xBB\xBF"sv, "UTF-8"},
                                         {"\xFF\xFE"sv, "UTF-16LE"},
                                         {"\xFE\xFF"sv, "UTF-16BE"}}};
 
+/// Letters of other encodings hardly ever form those of UTF-8. So bytes are that also where some
+/// letters are broken, as in a file that was cut.
 bool isUTF8(std::string_view bytes) {
     if (bytes.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
         return false;
     }
-    UErrorCode status = U_ZERO_ERROR;
-    std::int32_t length = 0;
-    u_strFromUTF8(nullptr, 0, &length, bytes.data(), static_cast<std::int32_t>(bytes.size()),
-                  &status);
-    return status == U_BUFFER_OVERFLOW_ERROR || U_SUCCESS(status);
+    const auto size = static_cast<std::int32_t>(bytes.size());
+    const auto* const start = reinterpret_cast<const std::uint8_t*>(bytes.data());
+    std::size_t letters = 0;
+    std::size_t broken = 0;
+    for (std::int32_t i = 0; i < size;) {
+        if (start[i] < 0x80U) {
+            ++i;
+            continue;
+        }
+        UChar32 letter = 0;
+        U8_NEXT(start, i, size, letter);
+        ++(letter < 0 ? broken : letters);
+    }
+    return broken * lettersForEachBroken <= letters;
 }
 
 /// Latin letters, blanks and line ends in UTF-16 have a null in one half of the places.
@@ -110,17 +126,32 @@ std::string_view withoutMark(std::string_view bytes) {
     return bytes;
 }
 
+/// What ICU does by itself with bytes that an encoding does not know depends on the encoding: for
+/// some it is a control character, which nobody would see.
+void replaceBroken(const void* /*context*/, UConverterToUnicodeArgs* arguments,
+                   const char* /*bytes*/, std::int32_t /*length*/, UConverterCallbackReason reason,
+                   UErrorCode* status) {
+    if (reason > UCNV_IRREGULAR) {
+        return; // no letter, but the converter is reset, cloned or closed
+    }
+    constexpr UChar replacement = u'\uFFFD';
+    *status = U_ZERO_ERROR;
+    ucnv_cbToUWriteUChars(arguments, &replacement, 1, 0, status);
+}
+
 std::u16string converted(std::string_view bytes, const std::string& encoding) {
     const Converter converter = converterFor(encoding);
     std::u16string text;
     if (!converter) {
         return text;
     }
+    UErrorCode status = U_ZERO_ERROR;
+    ucnv_setToUCallBack(converter.get(), &replaceBroken, nullptr, nullptr, nullptr, &status);
     // Piece by piece, so that no length has to fit into 32 bits.
     std::array<UChar, 1U << 13U> block{};
     const char* from = bytes.data();
     const char* const end = from + bytes.size();
-    UErrorCode status = U_BUFFER_OVERFLOW_ERROR;
+    status = U_BUFFER_OVERFLOW_ERROR;
     while (status == U_BUFFER_OVERFLOW_ERROR) {
         status = U_ZERO_ERROR;
         UChar* to = block.data();

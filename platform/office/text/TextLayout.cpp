@@ -1,8 +1,8 @@
 #include "platform/office/text/TextLayout.h"
 
-#include <QFile>
 #include <QFont>
 #include <QFontMetricsF>
+#include <QIODevice>
 #include <QMarginsF>
 #include <QPageLayout>
 #include <QPageSize>
@@ -15,7 +15,10 @@
 #include <QTextLine>
 #include <QTextOption>
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
+#include <string>
+#include <unistd.h>
 
 namespace quillorn::text {
 
@@ -44,10 +47,50 @@ std::size_t partLength(std::u16string_view line) {
     return isInPair ? longestPart - 1 : longestPart;
 }
 
+/// The open file that takes the PDF. Qt's writer looks at no result of its device, so this one
+/// remembers that something did not get through.
+class Output final : public QIODevice {
+public:
+    explicit Output(int file) : m_file(file) { open(QIODevice::WriteOnly | QIODevice::Unbuffered); }
+
+    [[nodiscard]] bool hasFailed() const { return m_hasFailed; }
+    [[nodiscard]] bool isSequential() const override { return true; }
+
+    /// Writes what waits: the writer says what it has to say in many small pieces.
+    void flush() {
+        std::string_view rest = m_waiting;
+        while (!rest.empty() && !m_hasFailed) {
+            const ssize_t put = ::write(m_file, rest.data(), rest.size());
+            if (put > 0) {
+                rest.remove_prefix(static_cast<std::size_t>(put));
+            } else if (put == 0 || errno != EINTR) {
+                m_hasFailed = true;
+            }
+        }
+        m_waiting.clear();
+    }
+
+protected:
+    qint64 readData(char* /*data*/, qint64 /*most*/) override { return -1; }
+    qint64 writeData(const char* data, qint64 size) override {
+        m_waiting.append(data, static_cast<std::size_t>(size));
+        if (m_waiting.size() >= blockSize) {
+            flush();
+        }
+        return size;
+    }
+
+private:
+    static constexpr std::size_t blockSize = std::size_t{64} << 10U;
+
+    int m_file;
+    std::string m_waiting;
+    bool m_hasFailed = false;
+};
+
 class Typesetter {
 public:
-    Typesetter(const conversion::JobHeader& job, const std::filesystem::path& pdf)
-        : m_writer(QFile::decodeName(pdf.c_str())) {
+    Typesetter(const conversion::JobHeader& job, int pdf) : m_output(pdf), m_writer(&m_output) {
         m_writer.setResolution(resolution);
         m_writer.setPageLayout(QPageLayout(
             QPageSize(QSizeF(job.paperWidth, job.paperHeight), QPageSize::Point, QString(),
@@ -58,21 +101,25 @@ public:
         m_option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     }
 
-    /// False when the file cannot be written.
-    bool write(std::u16string_view text) {
+    TextPDF write(std::u16string_view text) {
         if (!m_painter.begin(&m_writer)) {
-            return false;
+            return TextPDF::notWritten;
         }
         setFont();
-        while (!text.empty()) {
+        while (!text.empty() && m_pages <= mostTextPages && !m_output.hasFailed()) {
             const std::size_t end = std::min(text.find_first_of(u"\n\f"), text.size());
             writeLine(text.substr(0, end));
-            if (end < text.size() && text[end] == u'\f' && end + 1 < text.size()) {
-                m_y = m_writer.height(); // what follows begins a page
+            if (end < text.size() && text[end] == u'\f') {
+                beginPage();
             }
             text.remove_prefix(std::min(end + 1, text.size()));
         }
-        return m_painter.end();
+        const bool isWhole = m_painter.end();
+        m_output.flush();
+        if (!isWhole || m_output.hasFailed()) {
+            return TextPDF::notWritten;
+        }
+        return m_pages > mostTextPages ? TextPDF::tooLong : TextPDF::written;
     }
 
 private:
@@ -89,11 +136,27 @@ private:
         m_option.setTabStopDistance(tabColumns * metrics.horizontalAdvance(QLatin1Char('0')));
     }
 
+    /// What comes next begins a page. Nothing on paper yet: a page that nothing stands on would be
+    /// a blank sheet, be it because form feeds follow each other or because one ends the text.
+    void beginPage() {
+        m_isPageDue = m_isPageDue || m_isInked;
+        m_emptyLines = 0;
+    }
+
     void writeLine(std::u16string_view line) {
-        if (line.empty()) {
+        if (line.find_first_not_of(u" \t") == std::u16string_view::npos) {
+            ++m_emptyLines;
+            return;
+        }
+        if (m_isPageDue) {
+            newPage();
+            m_isPageDue = false;
+        }
+        for (; m_emptyLines > 0 && m_pages <= mostTextPages; --m_emptyLines) {
             makeRoom(m_emptyLine);
             m_y += m_emptyLine;
         }
+        m_isInked = true;
         while (!line.empty()) {
             const std::size_t length = partLength(line);
             writePart(QString::fromUtf16(line.data(), static_cast<qsizetype>(length)));
@@ -122,23 +185,32 @@ private:
     /// Begins a page when so much does not fit any more.
     void makeRoom(double height) {
         if (m_y > 0 && m_y + height > m_writer.height()) {
-            m_writer.newPage();
-            m_y = 0;
+            newPage();
         }
     }
 
+    void newPage() {
+        m_writer.newPage();
+        ++m_pages;
+        m_y = 0;
+    }
+
+    Output m_output; ///< outlives the writer, which has its last words at its end
     QPdfWriter m_writer;
     QPainter m_painter;
     QFont m_font;
     QTextOption m_option;
     double m_emptyLine = 0; ///< its height, in dots as all lengths here
     double m_y = 0;         ///< where the next line goes, below the margin
+    int m_pages = 1;
+    std::size_t m_emptyLines = 0; ///< that were read and stand on no page yet
+    bool m_isInked = false;       ///< something stands on some page
+    bool m_isPageDue = false;     ///< what comes next begins a page
 };
 
 } // namespace
 
-bool writeTextPDF(std::u16string_view text, const conversion::JobHeader& job,
-                  const std::filesystem::path& pdf) {
+TextPDF writeTextPDF(std::u16string_view text, const conversion::JobHeader& job, int pdf) {
     return Typesetter(job, pdf).write(text);
 }
 

@@ -69,7 +69,7 @@ fs::path enterPrivateTemporaryFolder(const fs::path& folder) {
     return temporary;
 }
 
-void confineFiles(const fs::path& folder) {
+void confineFiles(const fs::path& folder, const fs::path& library) {
     landlock_ruleset_attr handled{};
     handled.handled_access_fs = starting | changing;
     const FileDescriptor rules(
@@ -78,7 +78,7 @@ void confineFiles(const fs::path& folder) {
         return;
     }
     bool complete = allow(rules, folder, reading | changing) &&
-                    allow(rules, "/tmp", reading | changing) &&
+                    allow(rules, "/tmp", reading | changing) && allow(rules, library, reading) &&
                     allow(rules, "/dev/null", reading | LANDLOCK_ACCESS_FS_WRITE_FILE);
     for (const char* const path : {"/usr", "/lib", "/lib64", "/opt"}) {
         complete = complete && allow(rules, path, starting);

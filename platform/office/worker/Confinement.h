@@ -13,8 +13,8 @@ enterPrivateTemporaryFolder(const std::filesystem::path& folder);
 
 /// From now on this process and its children read files in the system's folders and in the fonts
 /// of the user only, start programs in the former only, and write nowhere but in `folder`
-/// and "/tmp": whatever file a document names, it does not get. Does nothing where the kernel
-/// lacks Landlock.
-void confineFiles(const std::filesystem::path& folder);
+/// and "/tmp": whatever file a document names, it does not get. They may read `library`, too. Does
+/// nothing where the kernel lacks Landlock.
+void confineFiles(const std::filesystem::path& folder, const std::filesystem::path& library);
 
 } // namespace quillorn::conversion

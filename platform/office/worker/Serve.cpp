@@ -1,21 +1,16 @@
 #include "platform/office/worker/Serve.h"
 
-#include "platform/files/FileDescriptor.h"
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
-#include <fcntl.h>
 #include <span>
 #include <string_view>
 #include <sys/stat.h>
-#include <system_error>
+#include <sys/types.h>
 #include <unistd.h>
 
 namespace quillorn::conversion {
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -63,32 +58,32 @@ bool sayHead(const Answer& answer, std::uint64_t pdfBytes) {
 
 bool sayFile(const FileDescriptor& file, std::uint64_t size) {
     std::string block(blockSize, '\0');
-    while (size > 0) {
-        const ssize_t got =
-            ::read(file.get(), block.data(),
-                   static_cast<std::size_t>(std::min<std::uint64_t>(size, blockSize)));
+    std::uint64_t said = 0;
+    while (said < size) {
+        const auto wanted =
+            static_cast<std::size_t>(std::min<std::uint64_t>(size - said, blockSize));
+        const ssize_t got = ::pread(file.get(), block.data(), wanted, static_cast<off_t>(said));
         if (got < 0 && errno == EINTR) {
             continue;
         }
         if (got <= 0 || !say(std::span(block).first(static_cast<std::size_t>(got)))) {
             return false;
         }
-        size -= static_cast<std::uint64_t>(got);
+        said += static_cast<std::uint64_t>(got);
     }
     return true;
 }
 
-bool reply(const Answer& answer, const fs::path& pdf) {
+bool reply(const Answer& answer) {
     if (answer.outcome != Outcome::converted) {
         return sayHead(answer, 0);
     }
-    const FileDescriptor file(::open(pdf.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
     struct stat status {};
-    if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || status.st_size <= 0) {
+    if (!answer.pdf.isOpen() || ::fstat(answer.pdf.get(), &status) != 0 || status.st_size <= 0) {
         return sayHead({Outcome::refused, "nothing was made of it"}, 0);
     }
     const auto size = static_cast<std::uint64_t>(status.st_size);
-    return sayHead(answer, size) && sayFile(file, size);
+    return sayHead(answer, size) && sayFile(answer.pdf, size);
 }
 
 } // namespace
@@ -97,8 +92,7 @@ bool announce(const Answer& answer) {
     return sayHead(answer, 0);
 }
 
-int serve(const Converter& convert, const fs::path& folder) {
-    const fs::path pdf = folder / "document.pdf";
+int serve(const Converter& convert) {
     while (true) {
         Job job;
         if (!readAll(std::span(reinterpret_cast<char*>(&job.header), sizeof job.header))) {
@@ -108,11 +102,8 @@ int serve(const Converter& convert, const fs::path& folder) {
         if (!readAll(job.document)) {
             return 0;
         }
-        const Answer answer = convert(job, pdf);
-        const bool heard = reply(answer, pdf);
-        std::error_code ignored; // the folder is thrown away in any case
-        fs::remove(pdf, ignored);
-        if (!heard || answer.outcome == Outcome::unavailable) {
+        const Answer answer = convert(job);
+        if (!reply(answer) || answer.outcome == Outcome::unavailable) {
             return 1;
         }
     }

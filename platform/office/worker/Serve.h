@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/files/FileDescriptor.h"
 #include "platform/office/ConversionProtocol.h"
 
-#include <filesystem>
 #include <functional>
 #include <string>
 
@@ -18,17 +18,18 @@ struct Job {
 struct Answer {
     Outcome outcome = Outcome::refused;
     std::string text;
+    FileDescriptor pdf{}; ///< open for reading, from its start; empty when there is none
 };
 
-/// Makes a PDF of a job's document in a file of this name, which does not exist.
-using Converter = std::function<Answer(const Job& job, const std::filesystem::path& pdf)>;
+/// Makes a PDF of a job's document.
+using Converter = std::function<Answer(const Job& job)>;
 
 /// Tells the program that this worker is ready, or that it never will be. False when nobody
 /// listens.
 bool announce(const Answer& answer);
 
-/// Answers jobs until there are no more. `folder` takes the PDFs on their way. Memory that runs
-/// out and other exceptions end the process, which the program notices. Returns the exit status.
-[[nodiscard]] int serve(const Converter& convert, const std::filesystem::path& folder);
+/// Answers jobs until there are no more. Memory that runs out and other exceptions end the
+/// process, which the program notices. Returns the exit status.
+[[nodiscard]] int serve(const Converter& convert);
 
 } // namespace quillorn::conversion

@@ -54,5 +54,30 @@ TEST(TextDecodingTest, BrokenLettersBecomeReplacements) {
               u"a\uFFFD");
 }
 
+TEST(TextDecodingTest, BrokenLettersOfEastAsianEncodingsAreSeen) {
+    const std::string japanese =
+        "\x83\x65\x83\x58\x83\x67\x82\xCC\x95\xB6\x8F\xCD\x82\xC5\x82\xB7\x81\x42\n";
+    ASSERT_EQ(encodingOf(japanese), "SHIFT_JIS");
+    std::string text;
+    std::u16string expected;
+    for (int i = 0; i < 5; ++i) {
+        text += japanese;
+        expected += u"テストの文章です。\n";
+    }
+    EXPECT_EQ(decoded(text + "\xFF!"), expected + u"\uFFFD!");
+    EXPECT_EQ(decoded(text + "\x81"), expected + u"\uFFFD");
+}
+
+TEST(TextDecodingTest, AFewBrokenLettersMakeNoOtherEncoding) {
+    std::string text;
+    std::u16string expected;
+    for (int i = 0; i < 20; ++i) {
+        text += "caf\xC3\xA9 \xE2\x82\xAC\n";
+        expected += u"café €\n";
+    }
+    EXPECT_EQ(decoded(text + "cut \xE2\x82"), expected + u"cut \uFFFD");
+    EXPECT_EQ(decoded("\xFF" + text), u"\uFFFD" + expected);
+}
+
 } // namespace
 } // namespace quillorn::text

@@ -35,8 +35,12 @@ public:
     /// Whether the engine took it for a text document.
     [[nodiscard]] bool isText() const { return m_isText; }
 
-    /// Gives every page the paper and the margins of the job, upright, and no header and footer.
-    void setPages(const conversion::JobHeader& job);
+    /// Gives every page the paper and the margins of the job, upright, and no header and footer,
+    /// and makes the content fit. False when there is too much of it to make it fit.
+    [[nodiscard]] bool setPages(const conversion::JobHeader& job);
+
+    /// Lays the document out.
+    [[nodiscard]] sal_Int32 pageCount() const;
 
     /// The fonts that its text asks for and that are not installed, sorted.
     [[nodiscard]] std::vector<std::string> missingFonts() const;

@@ -1,9 +1,11 @@
-#include "platform/office/bridge/WriterDocument.h"
+#include "platform/office/engine/WriterDocument.h"
 
-#include "platform/office/bridge/InstalledFonts.h"
-#include "platform/office/bridge/Strings.h"
+#include "platform/office/engine/ContentFitter.h"
+#include "platform/office/engine/InstalledFonts.h"
+#include "platform/office/engine/Strings.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <com/sun/star/beans/PropertyValue.hpp>
 #include <com/sun/star/beans/XMultiPropertySet.hpp>
@@ -38,6 +40,9 @@ using css::uno::UNO_QUERY_THROW;
 namespace {
 
 constexpr double hundredthsOfMillimetrePerPoint = 2540.0 / 72.0;
+
+/// Tables of tens of thousands of rows are through by then.
+constexpr std::chrono::seconds fittingPatience{20};
 
 /// Documents with more than so many ways of formatting are not asked for all of their fonts.
 constexpr int mostFormats = 200;
@@ -80,6 +85,18 @@ usedPageStyles(const Reference<css::container::XNameAccess>& styles) {
         }
     }
     return used;
+}
+
+/// Between the margins of a page style.
+sal_Int32 textWidth(const Reference<css::style::XStyle>& style) {
+    const Reference<css::beans::XPropertySet> properties(style, UNO_QUERY_THROW);
+    sal_Int32 width = 0;
+    sal_Int32 left = 0;
+    sal_Int32 right = 0;
+    properties->getPropertyValue("Width") >>= width;
+    properties->getPropertyValue("LeftMargin") >>= left;
+    properties->getPropertyValue("RightMargin") >>= right;
+    return width - left - right;
 }
 
 /// Collects the names of fonts until there are too many formats.
@@ -133,6 +150,10 @@ const char* filterFor(DocumentFormat format) {
         return "MS Word 2007 XML";
     case DocumentFormat::word:
         return "MS Word 97";
+    case DocumentFormat::word95:
+        return "MS WinWord 6.0"; // takes both
+    case DocumentFormat::word2:
+        return "MS WinWord 5";
     case DocumentFormat::richText:
     case DocumentFormat::plainText:
         break;
@@ -169,7 +190,7 @@ WriterDocument::~WriterDocument() {
     }
 }
 
-void WriterDocument::setPages(const conversion::JobHeader& job) {
+bool WriterDocument::setPages(const conversion::JobHeader& job) {
     const auto length = [](double points) {
         return static_cast<sal_Int32>(std::lround(points * hundredthsOfMillimetrePerPoint));
     };
@@ -195,15 +216,32 @@ void WriterDocument::setPages(const conversion::JobHeader& job) {
         names.push_back(name);
         settings.push_back(value);
     }
+    ContentFitter::Pages pages;
+    pages.paper = {length(job.paperWidth), length(job.paperHeight)};
+    pages.text = {length(job.paperWidth - 2 * job.margin),
+                  length(job.paperHeight - 2 * job.margin)};
     // Unlocked, each change would lay the document out anew.
     const Reference<css::frame::XModel> model(m_document, UNO_QUERY_THROW);
     model->lockControllers();
     for (const auto& [name, style] : usedPageStyles(stylesOf(m_document, "PageStyles"))) {
+        pages.narrowing =
+            std::max(pages.narrowing, static_cast<double>(textWidth(style)) / pages.text.width);
         const Reference<css::beans::XMultiPropertySet> properties(style, UNO_QUERY_THROW);
         properties->setPropertyValues({names.data(), static_cast<sal_Int32>(names.size())},
                                       {settings.data(), static_cast<sal_Int32>(settings.size())});
     }
+    const bool isFitted =
+        ContentFitter(m_document, pages, ContentFitter::Clock::now() + fittingPatience).fit();
     model->unlockControllers();
+    return isFitted;
+}
+
+sal_Int32 WriterDocument::pageCount() const {
+    const Reference<css::frame::XModel> model(m_document, UNO_QUERY_THROW);
+    const Reference<css::beans::XPropertySet> view(model->getCurrentController(), UNO_QUERY_THROW);
+    sal_Int32 count = 0;
+    view->getPropertyValue("PageCount") >>= count;
+    return count;
 }
 
 std::vector<std::string> WriterDocument::missingFonts() const {

@@ -1,7 +1,7 @@
-#include "platform/office/bridge/Comments.h"
+#include "platform/office/engine/Comments.h"
 
-#include "platform/office/bridge/Strings.h"
-#include "platform/office/bridge/WriterDocument.h"
+#include "platform/office/engine/Strings.h"
+#include "platform/office/engine/WriterDocument.h"
 
 #include <com/sun/star/beans/PropertyValue.hpp>
 #include <com/sun/star/frame/XLoadable.hpp>
@@ -29,6 +29,8 @@ bool mayHaveComments(std::string_view document, DocumentFormat format) {
     case DocumentFormat::word:
         // Their authors stand in a table whose place is not worth finding.
         return true;
+    case DocumentFormat::word95:
+    case DocumentFormat::word2:
     case DocumentFormat::plainText:
         break;
     }

@@ -1,4 +1,4 @@
-#include "platform/office/bridge/InstalledFonts.h"
+#include "platform/office/engine/InstalledFonts.h"
 
 #include <algorithm>
 #include <fontconfig/fontconfig.h>
