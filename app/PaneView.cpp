@@ -1,8 +1,11 @@
 #include "app/PaneView.h"
 
+#include <QColor>
+#include <QEvent>
 #include <QFont>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QPalette>
 #include <QResizeEvent>
 #include <QVBoxLayout>
 
@@ -56,7 +59,7 @@ PaneView::PaneView(const QString& title, PagePictures& pictures, QWidget* parent
     QFont bold = m_title->font();
     bold.setBold(true);
     m_title->setFont(bold);
-    m_summary->setForegroundRole(QPalette::PlaceholderText);
+    softenSummary();
     m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_slider->setMinimumWidth(leastSliderWidth);
     m_slider->setMaximumWidth(sliderWidth);
@@ -79,6 +82,23 @@ PaneView::PaneView(const QString& title, PagePictures& pictures, QWidget* parent
     m_browser->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_browser->setFrameShape(QFrame::NoFrame);
     setFocusProxy(m_browser);
+}
+
+void PaneView::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        softenSummary();
+    }
+}
+
+void PaneView::softenSummary() {
+    // Made of the text's own colour: some dark themes leave the role for such texts black.
+    constexpr float strength = 0.65F;
+    QPalette soft = palette();
+    QColor color = soft.color(QPalette::WindowText);
+    color.setAlphaF(strength);
+    soft.setColor(QPalette::WindowText, color);
+    m_summary->setPalette(soft);
 }
 
 void PaneView::setSummary(const QString& summary) {

@@ -58,9 +58,11 @@ public:
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     void showSummary();
+    void softenSummary();
 
     QString m_summaryText;
     QLabel* m_title;

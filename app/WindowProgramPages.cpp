@@ -2,7 +2,7 @@
 #include "platform/browser/DragPasteboard.h"
 
 #include <algorithm>
-#include <ranges>
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,16 +37,16 @@ PaneView& WindowProgram::focusedView() {
 
 bool WindowProgram::hasSelectedPage() {
     const PageItems& items = focusedPane().images();
-    // While the pane is built anew, the browser may still have selected what is gone.
-    const auto isPage = [&items](std::size_t index) {
-        return index < items.size() && !isPlaceholder(*items[index]);
-    };
-    // Range by range, and no further than the first page: a hundred thousand may be selected.
-    return std::ranges::any_of(focusedView().browser().selection().ranges(),
-                               [&isPage](const BrowserRange& range) {
-                                   const auto indexes = std::views::iota(range.first, range.end);
-                                   return std::ranges::any_of(indexes, isPage);
-                               });
+    // No further than the first page: a hundred thousand may be selected. While the pane is built
+    // anew, the browser may still have selected what is gone.
+    for (const BrowserRange& range : focusedView().browser().selection().ranges()) {
+        for (std::size_t index = range.first; index < std::min(range.end, items.size()); ++index) {
+            if (!isPlaceholder(*items[index])) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 void WindowProgram::copyPages() {

@@ -99,7 +99,9 @@ void PagePreview::paintEvent(QPaintEvent* /*event*/) {
     painter.drawText(line, Qt::AlignCenter,
                      fontMetrics().elidedText(m_title, Qt::ElideMiddle, line.width()));
     line.translate(0, height);
-    painter.setPen(palette().color(QPalette::PlaceholderText));
+    QColor soft = look.textColor(); // some dark themes leave the role for such texts black
+    soft.setAlphaF(0.65F);
+    painter.setPen(soft);
     painter.drawText(line, Qt::AlignCenter,
                      fontMetrics().elidedText(m_place, Qt::ElideMiddle, line.width()));
 }

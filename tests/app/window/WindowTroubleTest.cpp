@@ -171,6 +171,29 @@ TEST_F(WindowTroubleTest, ArrowsToWhatHasNoRoomAreSeenInADarkTheme) {
     QApplication::setPalette(before);
 }
 
+TEST_F(WindowTroubleTest, TheSummariesOfPanesAreSeenInADarkTheme) {
+    const QPalette before = QApplication::palette();
+    QPalette dark(QColor(49, 54, 59), QColor(42, 46, 50));
+    dark.setColor(QPalette::WindowText, Qt::white);
+    dark.setColor(QPalette::PlaceholderText, QColor(0, 0, 0, 128)); // as some desktops leave it
+    QApplication::setPalette(dark);
+    start();
+    open({pdf("a.pdf", 1)});
+    QLabel* summary = nullptr;
+    waitFor("the summary", [this, &summary]() {
+        for (QLabel* const label : window().sourcePane().findChildren<QLabel*>()) {
+            if (label->text() == QStringLiteral("1 file, 1 page")) {
+                summary = label;
+            }
+        }
+        return summary != nullptr;
+    });
+    ASSERT_NE(summary, nullptr);
+    const QColor color = summary->palette().color(summary->foregroundRole());
+    EXPECT_GT(color.lightnessF() * color.alphaF(), 0.5);
+    QApplication::setPalette(before);
+}
+
 TEST_F(WindowTroubleTest, TheLeastWindowHasRoomForTheTitlesOfItsPanes) {
     start();
     open({pdf("a.pdf", 1)});

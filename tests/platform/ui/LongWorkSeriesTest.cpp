@@ -92,7 +92,10 @@ TEST_F(LongWorkSeriesTest, TheWindowDoesNotComeBetweenPiecesWhereAnAlertMayWait)
     const auto series = m_work.series("Adding files");
     EXPECT_TRUE(series->run("One", [](const std::stop_token&) {}));
     bool isLater = false;
-    QTimer::singleShot(600, &m_window, [&isLater]() { isLater = true; }); // fires after its own
+    QTimer later; // fires after the window's own
+    later.setSingleShot(true);
+    QObject::connect(&later, &QTimer::timeout, &later, [&isLater]() { isLater = true; });
+    later.start(600);
     EXPECT_TRUE(QTest::qWaitFor([&isLater]() { return isLater; }, patience));
     EXPECT_EQ(workWindow(), nullptr);
     bool isSeen = false;
