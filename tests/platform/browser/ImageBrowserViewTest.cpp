@@ -1,7 +1,9 @@
 #include "tests/platform/browser/BrowserTesting.h"
 
+#include <QPaintEvent>
 #include <QPainter>
 #include <QSignalSpy>
+#include <vector>
 
 namespace quillorn {
 namespace {
@@ -229,6 +231,36 @@ TEST_F(ImageBrowserViewTest, PagesComeInAndAreDrawn) {
     };
 
     EXPECT_TRUE(QTest::qWaitFor([&] { return darkest() < 150; }, 60'000));
+}
+
+TEST_F(ImageBrowserViewTest, PicturesThatComeInPaintTheirCellsAndNothingElse) {
+    class PaintedAreas : public QObject {
+    public:
+        bool eventFilter(QObject* /*object*/, QEvent* event) override {
+            if (event->type() == QEvent::Paint) {
+                areas.push_back(dynamic_cast<QPaintEvent&>(*event).rect());
+            }
+            return false;
+        }
+        std::vector<QRect> areas;
+    };
+    const auto source = PDFSource::open(QUILLORN_SAMPLE_PDF);
+    ASSERT_TRUE(source.has_value());
+    m_data.clear();
+    m_data.addGroup("Sample", 1, *source);
+    m_view->reloadData();
+    EXPECT_FALSE(m_view->showsAllPictures());
+    viewport()->repaint(); // from now on nothing but the picture is left to be painted
+    PaintedAreas painted;
+    viewport()->installEventFilter(&painted);
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !painted.areas.empty(); }, 60'000));
+
+    const QRect cell = m_view->viewportRect(m_view->layoutOfItems().itemRect(0));
+    for (const QRect& area : painted.areas) {
+        EXPECT_TRUE(cell.contains(area)) << area.width() << " by " << area.height();
+    }
+    EXPECT_TRUE(QTest::qWaitFor([&] { return m_view->showsAllPictures(); }, 60'000));
 }
 
 TEST_F(ImageBrowserViewTest, ATurnedPageIsDrawnAnew) {
