@@ -3,6 +3,7 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QSignalSpy>
+#include <memory>
 #include <vector>
 
 namespace quillorn {
@@ -261,6 +262,32 @@ TEST_F(ImageBrowserViewTest, PicturesThatComeInPaintTheirCellsAndNothingElse) {
         EXPECT_TRUE(cell.contains(area)) << area.width() << " by " << area.height();
     }
     EXPECT_TRUE(QTest::qWaitFor([&] { return m_view->showsAllPictures(); }, 60'000));
+}
+
+TEST_F(ImageBrowserViewTest, WhatMayBeShownNextDoesNotDriveOutWhatIsShown) {
+    const auto source = PDFSource::open(QUILLORN_SAMPLE_PDF);
+    ASSERT_TRUE(source.has_value());
+    constexpr QSize frame(100, 100);
+    ThumbnailLimits limits;
+    limits.cacheBytes = std::size_t{6} * 100 * 100 * 4;
+    PagePictures pictures(QUILLORN_RENDER_WORKER, limits);
+    std::vector<std::unique_ptr<PDFPage>> pages;
+    std::vector<const PDFPage*> visible;
+    std::vector<const PDFPage*> near;
+    for (std::size_t i = 0; i < 12; ++i) { // each page in four turns
+        pages.push_back(std::make_unique<PDFPage>(PDFPageReference{
+            *source, i / 4 % (*source)->pageCount(), static_cast<int>(i % 4) * 90, {}}));
+        (i < 3 ? visible : near).push_back(pages.back().get());
+    }
+    const auto viewer = pictures.addViewer([] {});
+
+    pictures.setWishes(viewer, visible, near, frame);
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return pictures.renderer().isIdle(); }, 60'000));
+    for (const PDFPage* const page : visible) {
+        EXPECT_EQ(pictures.find(*page, frame).state, PagePicture::State::drawn);
+    }
+    pictures.removeViewer(viewer);
 }
 
 TEST_F(ImageBrowserViewTest, ATurnedPageIsDrawnAnew) {
