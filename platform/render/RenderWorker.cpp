@@ -75,6 +75,7 @@ bool RenderWorker::send(const Request& request, int descriptor) const {
 }
 
 bool RenderWorker::begin(const ThumbnailRequest& request) {
+    forgetClosed();
     m_job = Job{request, Clock::now() + m_limits.pageTime, false, false, false};
     const std::uint32_t numberBefore = m_lastNumber;
     const std::uint64_t bytes = std::uint64_t{request.width} * request.height * render::bytesAPixel;
@@ -157,6 +158,9 @@ void RenderWorker::cancel() {
 }
 
 void RenderWorker::forgetClosed() {
+    if (m_job) {
+        return; // whatever is said to a worker that draws makes it give its page up
+    }
     std::erase_if(m_documents, [this](const Document& document) {
         if (!document.source.expired()) {
             return false;
@@ -164,7 +168,7 @@ void RenderWorker::forgetClosed() {
         Request close;
         close.command = Command::close;
         close.document = document.number;
-        static_cast<void>(send(close)); // as above
+        static_cast<void>(send(close)); // found out as well, when it is to draw
         return true;
     });
 }

@@ -180,6 +180,20 @@ TEST_F(ThumbnailRendererTest, AClosedDocumentIsClosedEverywhere) {
     EXPECT_FALSE(isOpenInWorker());
 }
 
+TEST_F(ThumbnailRendererTest, ClosingADocumentDoesNotDisturbThePageOfAnotherThatIsBeingDrawn) {
+    start(oneWorker());
+    Source closing = pages(1, "closing");
+    const std::string path = closing->path().string();
+    EXPECT_EQ(stateOf(drawn(requestOf(closing, 0))), "drawn");
+    m_arrived.clear(); // which hold it open
+    const ThumbnailRequest slow = requestOf(pages(1, "slow"), 0, 3000);
+    m_renderer->setWishes(m_requester, {{slow}, {}});
+
+    closing.reset();
+
+    EXPECT_EQ(stateOf(drawn(slow)), "drawn");
+}
+
 TEST_F(ThumbnailRendererTest, MoreDocumentsThanAWorkerKeepsOpenAreDrawn) {
     start(oneWorker());
     std::vector<ThumbnailRequest> all;
