@@ -78,6 +78,7 @@ std::vector<Input> inputs() {
         plain(5000),
         plain(10000),
         plain(20000),
+        plain(100000),
     };
 }
 

@@ -14,6 +14,7 @@ VERSIONS = {
     "mutool": ["mutool", "-v"],
     "pdfunite, pdfinfo": ["pdfunite", "-v"],
     "pdftk": ["pdftk", "--version"],
+    "pdfarranger": ["dpkg-query", "-W", "-f", "PDF Arranger ${Version}", "pdfarranger"],
     "cp": ["cp", "--version"],
 }
 

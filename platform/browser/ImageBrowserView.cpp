@@ -27,6 +27,7 @@ ImageBrowserView::ImageBrowserView(PagePictures& pictures, QWidget* parent)
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setFrameShape(QFrame::NoFrame);
     viewport()->setAutoFillBackground(false);
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent); // or what lies below would be painted first
     measure();
     sampleBackground();
 }
@@ -359,7 +360,7 @@ void ImageBrowserView::timerEvent(QTimerEvent* event) {
         wishPictures();
     } else if (event->timerId() == m_arrivalTimer.timerId()) {
         m_arrivalTimer.stop();
-        viewport()->update();
+        updateArrived();
     } else if (event->timerId() == m_edgeTimer.timerId()) {
         scrollAtEdge(m_edgePosition);
     } else {

@@ -12,12 +12,14 @@
 #include <QPoint>
 #include <QString>
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
 
 class QDrag;
 class QDropEvent;
+class QRegion;
 
 namespace quillorn {
 
@@ -82,6 +84,8 @@ public:
     /// What may be seen of the contents, as `visibleRect`, in the layout's own places.
     [[nodiscard]] std::vector<BrowserRange> visibleItems() const;
     [[nodiscard]] bool isPreviewShown() const;
+    /// Whether everything that may be seen has its picture, or the one of what cannot be drawn.
+    [[nodiscard]] bool showsAllPictures() const;
 
 signals:
     /// The menu of the selection, or of the browser where nothing is selected, is asked for at
@@ -160,7 +164,10 @@ private:
     // Painting (ImageBrowserViewPaint.cpp)
     [[nodiscard]] BrowserLook look() const;
     void paintGroup(QPainter& painter, const BrowserLook& look, std::size_t group) const;
-    void paintItems(QPainter& painter, const BrowserLook& look) const;
+    [[nodiscard]] PagePicture pictureOf(const ImageBrowserItem& item, const BrowserLook& look,
+                                        const QRect& cell) const;
+    void updateArrived();
+    void paintItems(QPainter& painter, const BrowserLook& look, const QRegion& region);
     void wishPictures();
     void pictureArrived();
     [[nodiscard]] std::vector<ImageBrowserItem> itemsBetween(int top, int bottom) const;
@@ -223,7 +230,9 @@ private:
     QBasicTimer m_glideTimer;
     int m_glideTarget = 0;
     QBasicTimer m_wishTimer;
-    QBasicTimer m_arrivalTimer;             ///< pictures came in and are to be painted
+    QBasicTimer m_arrivalTimer; ///< pictures came in and are to be painted
+    /// What was painted of visible items whose pictures were not there.
+    std::map<std::size_t, PagePicture> m_unfinished;
     std::unique_ptr<PagePreview> m_preview; ///< made when it is wanted first
 };
 

@@ -3,6 +3,7 @@
 
 #include <QPaintEvent>
 #include <QPainter>
+#include <QRegion>
 #include <algorithm>
 
 namespace quillorn {
@@ -17,7 +18,12 @@ BrowserLook ImageBrowserView::look() const {
     return {palette(), font(), devicePixelRatioF(), m_isBackgroundDark};
 }
 
-void ImageBrowserView::paintEvent(QPaintEvent* /*event*/) {
+void ImageBrowserView::paintEvent(QPaintEvent* event) {
+    const QRegion& region = event->region(); // what lies outside need not be painted
+    const bool isWhole = event->rect() == viewport()->rect();
+    if (isWhole) {
+        m_unfinished.clear();
+    }
     QPainter painter(viewport());
     painter.fillRect(viewport()->rect(), palette().color(QPalette::Base));
     const auto paintLayer = [&painter](const std::shared_ptr<BrowserLayer>& layer) {
@@ -34,7 +40,7 @@ void ImageBrowserView::paintEvent(QPaintEvent* /*event*/) {
     for (std::size_t group = groups.first; group < groups.end; ++group) {
         paintGroup(painter, look, group);
     }
-    paintItems(painter, look);
+    paintItems(painter, look, region);
     if (m_band) {
         look.drawRubberBand(painter, viewportRect(BrowserRect::between(m_band->from, m_band->to)));
     }
@@ -47,7 +53,8 @@ void ImageBrowserView::paintEvent(QPaintEvent* /*event*/) {
             look.drawDropMark(painter, viewportRect(m_drop.mark));
         }
     }
-    if (!m_wishTimer.isActive()) {
+    // A part is painted when pictures came in; what is to be seen did not change by that.
+    if (isWhole && !m_wishTimer.isActive()) {
         m_wishTimer.start(0, this);
     }
 }
@@ -75,22 +82,65 @@ void ImageBrowserView::paintGroup(QPainter& painter, const BrowserLook& look,
     }
 }
 
-void ImageBrowserView::paintItems(QPainter& painter, const BrowserLook& look) const {
+PagePicture ImageBrowserView::pictureOf(const ImageBrowserItem& item, const BrowserLook& look,
+                                        const QRect& cell) const {
+    return item.page != nullptr ? m_pictures.find(*item.page, look.frameInDevicePixels(cell))
+                                : PagePicture{PagePicture::State::drawn, {}, nullptr};
+}
+
+void ImageBrowserView::paintItems(QPainter& painter, const BrowserLook& look,
+                                  const QRegion& region) {
     for (const BrowserRange& range : visibleItems()) {
         for (std::size_t index = range.first; index < range.end; ++index) {
             const QRect cell = viewportRect(m_layout.itemRect(index));
+            if (!region.intersects(cell)) {
+                continue;
+            }
             const ImageBrowserItem item = itemAtIndex(index);
             CellLook cellLook;
             cellLook.title = shownText(item.title);
             cellLook.hasPage = item.page != nullptr;
             cellLook.isSelected = m_selection.contains(index);
             cellLook.isFocused = hasFocus() && !m_focusedHeader && m_current == index;
-            if (item.page != nullptr) {
-                cellLook.picture = m_pictures.find(*item.page, look.frameInDevicePixels(cell));
+            cellLook.picture = pictureOf(item, look, cell);
+            if (cellLook.picture.state == PagePicture::State::waiting) {
+                m_unfinished.insert_or_assign(index, cellLook.picture);
+            } else {
+                m_unfinished.erase(index);
             }
             look.drawCell(painter, cell, cellLook);
         }
     }
+}
+
+/// Has those cells painted anew that would look other now.
+void ImageBrowserView::updateArrived() {
+    const BrowserLook look = this->look();
+    for (const BrowserRange& range : visibleItems()) {
+        const auto end = m_unfinished.lower_bound(range.end);
+        for (auto painted = m_unfinished.lower_bound(range.first); painted != end; ++painted) {
+            const QRect cell = viewportRect(m_layout.itemRect(painted->first));
+            const PagePicture now = pictureOf(itemAtIndex(painted->first), look, cell);
+            const PagePicture& before = painted->second;
+            if (now.state != before.state || now.thumbnail != before.thumbnail ||
+                now.size != before.size) {
+                viewport()->update(cell);
+            }
+        }
+    }
+}
+
+bool ImageBrowserView::showsAllPictures() const {
+    const BrowserLook look = this->look();
+    for (const BrowserRange& range : visibleItems()) {
+        for (std::size_t index = range.first; index < range.end; ++index) {
+            const QRect cell = viewportRect(m_layout.itemRect(index));
+            if (pictureOf(itemAtIndex(index), look, cell).state == PagePicture::State::waiting) {
+                return false;
+            }
+        }
+    }
+    return true;
 }
 
 std::vector<ImageBrowserItem> ImageBrowserView::itemsBetween(int top, int bottom) const {

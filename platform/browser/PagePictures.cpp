@@ -1,6 +1,7 @@
 #include "platform/browser/PagePictures.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 namespace quillorn {
@@ -10,6 +11,9 @@ namespace {
 /// What most pages are: a page of DIN A format, upright.
 constexpr double usualWidth = 595;
 constexpr double usualHeight = 842;
+
+/// The panes of a window share its screen and the room for pictures.
+constexpr std::size_t viewersWithRoom = 2;
 
 bool isOnItsSide(int rotation) {
     return rotation % 180 != 0;
@@ -33,7 +37,9 @@ QImage PagePicture::image() const {
 }
 
 PagePictures::PagePictures(const std::filesystem::path& worker, const ThumbnailLimits& limits)
-    : m_renderer(worker, limits), m_notifier(m_renderer.eventDescriptor(), QSocketNotifier::Read) {
+    : m_room(limits.cacheBytes / viewersWithRoom),
+      m_renderer(worker, limits),
+      m_notifier(m_renderer.eventDescriptor(), QSocketNotifier::Read) {
     QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier,
                      [this] { m_renderer.processEvents(); });
 }
@@ -116,7 +122,16 @@ void PagePictures::setWishes(Viewer viewer, const std::vector<const PDFPage*>& v
         }
         return all;
     };
-    m_renderer.setWishes(viewer, {requests(visible), requests(near)});
+    ThumbnailWishes wishes{requests(visible), requests(near)};
+    // What comes in last would drive out what is shown.
+    const std::size_t bytes = std::max<std::size_t>(
+        static_cast<std::size_t>(std::max(frame.width(), 0)) *
+            static_cast<std::size_t>(std::max(frame.height(), 0)) * sizeof(std::uint32_t),
+        1);
+    const std::size_t places = m_room / bytes;
+    wishes.near.resize(
+        std::min(wishes.near.size(), places - std::min(places, wishes.visible.size())));
+    m_renderer.setWishes(viewer, wishes);
 }
 
 } // namespace quillorn

@@ -7,6 +7,7 @@
 #include <QSize>
 #include <QSizeF>
 #include <QSocketNotifier>
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -49,7 +50,8 @@ public:
 
     /// The frame is in device pixels.
     [[nodiscard]] PagePicture find(const PDFPage& page, QSize frame);
-    /// What a viewer shows, and what it may show next. Replaces what it wished before.
+    /// What a viewer shows, and what it may show next. Replaces what it wished before. Of what may
+    /// be shown next, only as much is drawn as there is room for beside what is shown.
     void setWishes(Viewer viewer, const std::vector<const PDFPage*>& visible,
                    const std::vector<const PDFPage*>& near, QSize frame);
 
@@ -61,6 +63,7 @@ private:
     [[nodiscard]] QSizeF guessedSize(const PDFPage& page, QSize frame) const;
     void arrived(const ThumbnailRequest& request);
 
+    std::size_t m_room; ///< bytes of pictures that a viewer may fill
     ThumbnailRenderer m_renderer;
     QSocketNotifier m_notifier;
     Shapes m_shapes; ///< of the last page seen of each source, as it stands there

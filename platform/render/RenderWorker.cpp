@@ -26,6 +26,7 @@ using render::Request;
 /// Documents that a worker keeps open.
 constexpr std::size_t mostDocuments = 6;
 constexpr std::uint64_t leastCanvas = 1U << 20U; // bytes
+constexpr std::uint64_t keptCanvas = 8U << 20U;  // bytes
 
 bool isSame(const std::weak_ptr<const PDFSource>& a, const std::shared_ptr<const PDFSource>& b) {
     return !a.owner_before(b) && !b.owner_before(a);
@@ -75,6 +76,7 @@ bool RenderWorker::send(const Request& request, int descriptor) const {
 }
 
 bool RenderWorker::begin(const ThumbnailRequest& request) {
+    forgetClosed();
     m_job = Job{request, Clock::now() + m_limits.pageTime, false, false, false};
     const std::uint32_t numberBefore = m_lastNumber;
     const std::uint64_t bytes = std::uint64_t{request.width} * request.height * render::bytesAPixel;
@@ -122,11 +124,13 @@ bool RenderWorker::provideDocument(const std::shared_ptr<const PDFSource>& sourc
 }
 
 bool RenderWorker::provideCanvas(std::uint64_t bytes) {
-    if (m_canvas != nullptr && bytes <= m_canvasBytes) {
+    const std::uint64_t size = std::max(std::bit_ceil(bytes), leastCanvas);
+    // One that was made for a large preview is not kept for thumbnails.
+    if (m_canvas != nullptr && bytes <= m_canvasBytes &&
+        m_canvasBytes <= std::max(size, keptCanvas)) {
         return true;
     }
     releaseCanvas();
-    const std::uint64_t size = std::max(std::bit_ceil(bytes), leastCanvas);
     const FileDescriptor memory = makeCanvas(size);
     void* const place = ::mmap(nullptr, size, PROT_READ, MAP_SHARED, memory.get(), 0);
     if (place == MAP_FAILED) {
@@ -157,6 +161,9 @@ void RenderWorker::cancel() {
 }
 
 void RenderWorker::forgetClosed() {
+    if (m_job) {
+        return; // whatever is said to a worker that draws makes it give its page up
+    }
     std::erase_if(m_documents, [this](const Document& document) {
         if (!document.source.expired()) {
             return false;
@@ -164,7 +171,7 @@ void RenderWorker::forgetClosed() {
         Request close;
         close.command = Command::close;
         close.document = document.number;
-        static_cast<void>(send(close)); // as above
+        static_cast<void>(send(close)); // found out as well, when it is to draw
         return true;
     });
 }

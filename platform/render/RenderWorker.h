@@ -70,7 +70,8 @@ public:
     void finish() { m_job.reset(); }
     /// After `drawn`: a copy of the picture.
     [[nodiscard]] std::shared_ptr<const Thumbnail> picture() const;
-    /// Has the worker close what nobody here has open any more.
+    /// Has the worker close what nobody here has open any more. A busy one is told when it is done:
+    /// before the next page, or when this is called again.
     void forgetClosed();
 
 private:

@@ -182,6 +182,11 @@ void ThumbnailRenderer::processEvents() {
         }
     }
     dispatch();
+    for (const auto& worker : m_workers) {
+        if (worker != nullptr) {
+            worker->forgetClosed();
+        }
+    }
 }
 
 void ThumbnailRenderer::handleWorker(std::size_t slot) {

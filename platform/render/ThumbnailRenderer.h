@@ -16,7 +16,8 @@
 namespace quillorn {
 
 struct ThumbnailLimits {
-    std::size_t cacheBytes = std::size_t{192} << 20U;
+    /// So much that with a hundred thousand pages in a window all its processes stay below 250 MiB.
+    std::size_t cacheBytes = std::size_t{80} << 20U;
     unsigned workers = 0; ///< 0: one for each processor
     RenderWorkerLimits worker;
 };

@@ -1,7 +1,10 @@
 #include "tests/platform/browser/BrowserTesting.h"
 
+#include <QPaintEvent>
 #include <QPainter>
 #include <QSignalSpy>
+#include <memory>
+#include <vector>
 
 namespace quillorn {
 namespace {
@@ -229,6 +232,62 @@ TEST_F(ImageBrowserViewTest, PagesComeInAndAreDrawn) {
     };
 
     EXPECT_TRUE(QTest::qWaitFor([&] { return darkest() < 150; }, 60'000));
+}
+
+TEST_F(ImageBrowserViewTest, PicturesThatComeInPaintTheirCellsAndNothingElse) {
+    class PaintedAreas : public QObject {
+    public:
+        bool eventFilter(QObject* /*object*/, QEvent* event) override {
+            if (event->type() == QEvent::Paint) {
+                areas.push_back(dynamic_cast<QPaintEvent&>(*event).rect());
+            }
+            return false;
+        }
+        std::vector<QRect> areas;
+    };
+    const auto source = PDFSource::open(QUILLORN_SAMPLE_PDF);
+    ASSERT_TRUE(source.has_value());
+    m_data.clear();
+    m_data.addGroup("Sample", 1, *source);
+    m_view->reloadData();
+    EXPECT_FALSE(m_view->showsAllPictures());
+    viewport()->repaint(); // from now on nothing but the picture is left to be painted
+    PaintedAreas painted;
+    viewport()->installEventFilter(&painted);
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !painted.areas.empty(); }, 60'000));
+
+    const QRect cell = m_view->viewportRect(m_view->layoutOfItems().itemRect(0));
+    for (const QRect& area : painted.areas) {
+        EXPECT_TRUE(cell.contains(area)) << area.width() << " by " << area.height();
+    }
+    EXPECT_TRUE(QTest::qWaitFor([&] { return m_view->showsAllPictures(); }, 60'000));
+}
+
+TEST_F(ImageBrowserViewTest, WhatMayBeShownNextDoesNotDriveOutWhatIsShown) {
+    const auto source = PDFSource::open(QUILLORN_SAMPLE_PDF);
+    ASSERT_TRUE(source.has_value());
+    constexpr QSize frame(100, 100);
+    ThumbnailLimits limits;
+    limits.cacheBytes = std::size_t{6} * 100 * 100 * 4;
+    PagePictures pictures(QUILLORN_RENDER_WORKER, limits);
+    std::vector<std::unique_ptr<PDFPage>> pages;
+    std::vector<const PDFPage*> visible;
+    std::vector<const PDFPage*> near;
+    for (std::size_t i = 0; i < 12; ++i) { // each page in four turns
+        pages.push_back(std::make_unique<PDFPage>(PDFPageReference{
+            *source, i / 4 % (*source)->pageCount(), static_cast<int>(i % 4) * 90, {}}));
+        (i < 3 ? visible : near).push_back(pages.back().get());
+    }
+    const auto viewer = pictures.addViewer([] {});
+
+    pictures.setWishes(viewer, visible, near, frame);
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return pictures.renderer().isIdle(); }, 60'000));
+    for (const PDFPage* const page : visible) {
+        EXPECT_EQ(pictures.find(*page, frame).state, PagePicture::State::drawn);
+    }
+    pictures.removeViewer(viewer);
 }
 
 TEST_F(ImageBrowserViewTest, ATurnedPageIsDrawnAnew) {

@@ -3,6 +3,8 @@
 
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
+#include <fstream>
 #include <set>
 #include <string>
 
@@ -178,6 +180,43 @@ TEST_F(ThumbnailRendererTest, AClosedDocumentIsClosedEverywhere) {
     EXPECT_EQ(stateOf(drawn(requestOf(pages(1, "other"), 0))), "drawn");
 
     EXPECT_FALSE(isOpenInWorker());
+}
+
+TEST_F(ThumbnailRendererTest, ClosingADocumentDoesNotDisturbThePageOfAnotherThatIsBeingDrawn) {
+    start(oneWorker());
+    Source closing = pages(1, "closing");
+    const std::string path = closing->path().string();
+    EXPECT_EQ(stateOf(drawn(requestOf(closing, 0))), "drawn");
+    m_arrived.clear(); // which hold it open
+    const ThumbnailRequest slow = requestOf(pages(1, "slow"), 0, 3000);
+    m_renderer->setWishes(m_requester, {{slow}, {}});
+
+    closing.reset();
+
+    EXPECT_EQ(stateOf(drawn(slow)), "drawn");
+}
+
+TEST_F(ThumbnailRendererTest, MemoryForALargePictureIsGivenBackWithTheNextSmallOne) {
+    start(oneWorker());
+    const Source source = pages(2);
+    const auto sharedMemory = [] { // bytes of this process, of pictures that come in
+        std::ifstream maps("/proc/self/maps");
+        std::uint64_t bytes = 0;
+        for (std::string line; std::getline(maps, line);) {
+            if (line.find("quillorn-page") != std::string::npos) {
+                std::size_t length = 0;
+                const std::uint64_t first = std::stoull(line, &length, 16);
+                bytes += std::stoull(line.substr(length + 1), nullptr, 16) - first;
+            }
+        }
+        return bytes;
+    };
+    EXPECT_EQ(stateOf(drawn(requestOf(source, 0, 3000))), "drawn");
+    EXPECT_GE(sharedMemory(), 3000U * 3000U * 4U);
+
+    EXPECT_EQ(stateOf(drawn(requestOf(source, 1, 100))), "drawn");
+
+    EXPECT_LE(sharedMemory(), 8U << 20U);
 }
 
 TEST_F(ThumbnailRendererTest, MoreDocumentsThanAWorkerKeepsOpenAreDrawn) {
