@@ -117,27 +117,28 @@ void Photographer::take(const std::string& name, QWidget* widget) {
     save(name, (widget != nullptr ? *widget : window()).grab());
 }
 
-void Photographer::enact(std::vector<Scene>& scenes) {
-    if (scenes.empty()) {
+void Photographer::enact() {
+    if (m_scenes.empty()) {
         return;
     }
     // Each time a new timer: one whose slot waits in an inner event loop does not fire there.
-    QTimer::singleShot(menuTakes, &window(), [this, &scenes]() { enact(scenes); });
+    QTimer::singleShot(menuTakes, &window(), [this]() { enact(); });
     for (QWidget* const widget : QApplication::topLevelWidgets()) {
         auto* const dialog = qobject_cast<QDialog*>(widget);
         if (dialog == nullptr || !dialog->isVisible()) {
             continue;
         }
-        if (dialog->objectName().toStdString() != scenes.front().window) {
+        if (dialog->objectName().toStdString() != m_scenes.front().window) {
             auto* const box = qobject_cast<QMessageBox*>(dialog);
             if (box != nullptr) { // nothing would go on behind it
-                fail(scenes.front().picture + ": " + box->text().toStdString());
+                fail(m_scenes.front().picture + ": " + box->text().toStdString());
                 escape(*box);
+                return;
             }
             continue;
         }
-        const Scene scene = std::move(scenes.front());
-        scenes.erase(scenes.begin());
+        const Scene scene = std::move(m_scenes.front());
+        m_scenes.erase(m_scenes.begin());
         take(scene.picture, dialog);
         if (scene.act) {
             scene.act(*dialog);
@@ -150,9 +151,11 @@ void Photographer::enact(std::vector<Scene>& scenes) {
 
 void Photographer::play(std::vector<Scene> scenes, const std::function<void()>& command) {
     const std::string last = scenes.back().picture;
-    enact(scenes);
+    m_scenes = std::move(scenes);
+    enact();
     command();
-    waitFor(last, [&scenes]() { return scenes.empty(); });
+    waitFor(last, [this]() { return m_scenes.empty(); });
+    m_scenes.clear();
     QTest::qWait(2 * menuTakes); // the last timer
 }
 

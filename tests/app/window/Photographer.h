@@ -46,7 +46,7 @@ private:
     void save(const std::string& name, const QPixmap& picture);
     /// Runs a command that opens windows, one after the other or one from the other.
     void play(std::vector<Scene> scenes, const std::function<void()>& command);
-    void enact(std::vector<Scene>& scenes);
+    void enact();
     /// A file that this program makes.
     [[nodiscard]] std::string made(const std::string& name) const { return m_made / name; }
     [[nodiscard]] QPoint middleOf(PaneBrowser& browser, std::size_t item);
@@ -74,6 +74,7 @@ private:
     const TemporaryFolder m_home;
     const TemporaryFolder m_made;
     std::unique_ptr<WindowProgram> m_program;
+    std::vector<Scene> m_scenes; ///< that are to come
     int m_failures = 0;
 };
 
