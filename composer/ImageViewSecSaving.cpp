@@ -94,7 +94,11 @@ bool ImageViewSec::writeGroup(std::size_t group) {
         return false;
     }
     if (!written) {
-        m_services.statusLine.showMessage(name + " was not written: " + written.error().reason +
+        // It may be a file that pages come from that is to blame.
+        const PDFError& error = written.error();
+        const std::string culprit =
+            error.file.empty() || error.file == path ? "" : error.file.filename().string() + ": ";
+        m_services.statusLine.showMessage(name + " was not written: " + culprit + error.reason +
                                           ".");
     }
     return true;
