@@ -4,6 +4,7 @@
 #include "platform/pdf/ObjectCopier.h"
 #include "platform/pdf/SourcePages.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
@@ -15,6 +16,7 @@ namespace quillorn {
 /// output document itself there is nothing to copy.
 struct CarryContext {
     const std::filesystem::path& file; ///< the source, for notes
+    std::uint64_t fileBytes;           ///< its size
     QPDF& source;
     QPDF& output;
     const SourcePages& pages;

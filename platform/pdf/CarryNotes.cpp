@@ -48,6 +48,19 @@ Wording wordingOf(PDFCarryNote::Kind kind) {
     return {"", "", "", ""};
 }
 
+/// UTF-8 text, cut where it is longer than a line can take.
+std::string shortened(const std::string& text) {
+    constexpr std::size_t longestExample = 200; // bytes
+    if (text.size() <= longestExample) {
+        return text;
+    }
+    std::size_t end = longestExample;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0U) == 0x80U) {
+        --end; // not amid a character
+    }
+    return text.substr(0, end) + "...";
+}
+
 } // namespace
 
 std::string PDFCarryNote::text() const {
@@ -65,7 +78,10 @@ std::string carryNoteName(PDFCarryNote::Kind kind) {
 
 void CarryNotes::add(PDFCarryNote::Kind kind, const std::filesystem::path& file,
                      const std::string& example) {
-    auto [note, isNew] = m_notes.try_emplace({file, kind}, PDFCarryNote{kind, file, 0, example});
+    const auto [note, isNew] = m_notes.try_emplace({file, kind}, PDFCarryNote{kind, file, 0, {}});
+    if (isNew) {
+        note->second.example = shortened(example);
+    }
     ++note->second.count;
 }
 

@@ -15,9 +15,12 @@ QPDFObjectHandle formOf(QPDF& document) {
     return document.getRoot().getKey("/AcroForm");
 }
 
+/// Empty for a name that is longer than any form's. Fields may share one of megabytes.
 std::string partialName(QPDFObjectHandle field) {
+    constexpr std::size_t longestName = 4096; // bytes
     QPDFObjectHandle name = field.getKey("/T");
-    return name.isString() ? name.getUTF8Value() : std::string();
+    return name.isString() && name.getStringValue().size() <= longestName ? name.getUTF8Value()
+                                                                          : std::string();
 }
 
 bool asksForDrawing(QPDFObjectHandle form) {
@@ -53,7 +56,7 @@ void FormCarrier::prepare(const CarryContext& context, LinkCarrier& links) {
     if (form.isDictionary()) {
         inheritFormDefaults(form);
         if (asksForDrawing(form) && !context.onlySource) {
-            drawFields(m_tree->kept());
+            drawFields(m_tree->kept(), context.fileBytes);
         }
         if (form.hasKey("/XFA") && !keepsOwnLayout(context)) {
             context.notes.add(PDFCarryNote::Kind::formScriptingLost, context.file);

@@ -11,6 +11,8 @@ namespace quillorn {
 namespace {
 
 constexpr std::size_t entryLimit = 1'000'000;
+/// Of a tree's names, which may share one long text.
+constexpr std::size_t mostNameBytes = 64U << 20U;
 constexpr std::size_t namesPerNode = 256;
 
 constexpr const char* attachments = "/EmbeddedFiles";
@@ -133,10 +135,16 @@ void NameTreeCarrier::collect(const CarryContext& context, bool withScripts) {
 void NameTreeCarrier::collectTree(const CarryContext& context, const std::string& tree,
                                   QPDFObjectHandle root) {
     const std::size_t firstOutput = context.pages.firstOutput(context.pages.kept().front());
+    std::size_t bytes = 0;
     const bool complete = forEachTreeEntry(
         root, "/Names", entryLimit, [&](QPDFObjectHandle name, QPDFObjectHandle value) {
             if (name.isString() && !value.isNull()) {
-                name = QPDFObjectHandle::newString(name.getStringValue());
+                const std::string text = name.getStringValue();
+                bytes += text.size();
+                if (bytes > mostNameBytes) {
+                    return false;
+                }
+                name = QPDFObjectHandle::newString(text);
                 m_entries.push_back({firstOutput, tree, name, context.carried(value)});
             }
             return true;

@@ -269,11 +269,12 @@ PDFResult<void> WriteJob::placeSource(const SourceUse& use, QPDF& source, const 
             copier->redirect(tree.reference(page).getObjGen(), pages.outputPage(page));
         }
     }
-    CarryContext context{use.source->path(),   source, *m_document, pages, copier, m_notes,
-                         m_sources.size() == 1};
+    CarryContext context{
+        use.source->path(),   use.source->fileSize(), source, *m_document, pages, copier, m_notes,
+        m_sources.size() == 1};
     m_version = std::max(m_version, versionOf(*use.source, source));
     m_catalog.prepare(context);
-    if (auto placed = placePages(context, tree, use.source->fileSize()); !placed) {
+    if (auto placed = placePages(context, tree); !placed) {
         return placed;
     }
     placeRepeats(pages);
@@ -284,8 +285,7 @@ PDFResult<void> WriteJob::placeSource(const SourceUse& use, QPDF& source, const 
     return {};
 }
 
-PDFResult<void> WriteJob::placePages(const CarryContext& context, const PageTree& tree,
-                                     std::uint64_t fileBytes) {
+PDFResult<void> WriteJob::placePages(const CarryContext& context, const PageTree& tree) {
     const std::vector<std::size_t>& kept = context.pages.kept();
     std::vector<QPDFObjectHandle> objects;
     std::vector<QPDFObjectHandle> resources;
@@ -298,7 +298,7 @@ PDFResult<void> WriteJob::placePages(const CarryContext& context, const PageTree
         resources.push_back(tree.attribute(page, "/Resources"));
     }
     if (kept.size() < tree.pageCount()) {
-        resources = pruneResources(context.source, fileBytes, objects, resources);
+        resources = pruneResources(context.source, context.fileBytes, objects, resources);
     }
     m_placedResources.clear();
     for (std::size_t i = 0; i < kept.size(); ++i) {

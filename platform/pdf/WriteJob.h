@@ -52,8 +52,7 @@ private:
     [[nodiscard]] PDFResult<void> addSource(const SourceUse& use);
     [[nodiscard]] PDFResult<void> placeSource(const SourceUse& use, QPDF& source,
                                               const PageTree& tree, ObjectCopier* copier);
-    [[nodiscard]] PDFResult<void> placePages(const CarryContext& context, const PageTree& tree,
-                                             std::uint64_t fileBytes);
+    [[nodiscard]] PDFResult<void> placePages(const CarryContext& context, const PageTree& tree);
     void placeRepeats(const SourcePages& pages);
     /// Pages that share a dictionary of resources in the source share it in the output.
     [[nodiscard]] QPDFObjectHandle placeResources(const CarryContext& context,

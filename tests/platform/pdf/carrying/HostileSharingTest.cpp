@@ -244,5 +244,62 @@ TEST_F(HostileSharing, APacketThatStatesTheSameThroughout) {
     EXPECT_EQ(composition.notes(), "conformance-dropped 1");
 }
 
+TEST_F(HostileSharing, APictureAndAListOfChoicesByThousandsOfFieldsToBeDrawn) {
+    constexpr std::size_t fields = many(20'000);
+    const std::size_t font =
+        document.add("<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica /Encoding "
+                     "/WinAnsiEncoding >>");
+    const std::size_t picture =
+        document.addStream("/Type /XObject /Subtype /Form /BBox [0 0 9 9] /Filter /FlateDecode",
+                           deflatedZeros(2 * mebibyte));
+    std::string choices;
+    for (std::size_t i = 0; i < fields; ++i) {
+        choices += "(choice) ";
+    }
+    const std::size_t list = document.add("[" + choices + "]");
+    const std::size_t field = document.next();
+    for (std::size_t i = 0; i < fields; ++i) {
+        document.add("<< /Subtype /Widget /Rect [0 0 9 9] /T (f" + std::to_string(i) + ") " +
+                     (i % 2 == 0 ? "/FT /Tx /V (text) /AP << /N " + referenceTo(picture) + " >>"
+                                 : "/FT /Ch /V (choice) /Ff 131072 /Opt " + referenceTo(list)) +
+                     " >>");
+    }
+    document.addPage("/Annots " + references(field, fields));
+    const auto hostile =
+        source("/AcroForm << /NeedAppearances true /DA (/Helv 9 Tf) /DR << /Font << /Helv " +
+               referenceTo(font) + " >> >> /Fields " + references(field, fields) + " >>");
+    const auto plain = composition.source("plain.pdf", TestPDF("plain", 1));
+    const WrittenPDF file(composition.add(hostile).add(plain).writeUnchecked());
+    EXPECT_THAT(file.annotations(1), SizeIs(fields));
+    EXPECT_LT(composition.report().bytes, 20 * mebibyte);
+}
+
+TEST_F(HostileSharing, ANameOfAMegabyteByThousandsOfAttachments) {
+    const std::size_t name = document.add("(" + std::string(mebibyte, 'n') + ")");
+    const std::size_t file = document.add("<< /Type /Filespec /F (a.txt) >>");
+    std::string names;
+    for (std::size_t i = 0; i < 5'000; ++i) {
+        names += referenceTo(name) + " " + referenceTo(file) + " ";
+    }
+    addPages(2);
+    const auto hostile = source("/Names << /EmbeddedFiles << /Names [" + names + "] >> >>");
+    static_cast<void>(composition.add(hostile, {1}).writeUnchecked());
+    EXPECT_THAT(composition.notes(), HasSubstr("structure-limited 1 (names)"));
+}
+
+TEST_F(HostileSharing, ATextOfAMegabyteByThousandsOfOutputIntents) {
+    const std::size_t text = document.add("(" + std::string(mebibyte, 'x') + ")");
+    std::string intents;
+    for (std::size_t i = 0; i < 2'000; ++i) {
+        intents += "<< /S /GTS_PDFX /Info " + referenceTo(text) + " /RegistryName " +
+                   referenceTo(text) + " >> ";
+    }
+    addPages(2);
+    const auto hostile = source("/OutputIntents [" + intents + "]");
+    const auto plain = composition.source("plain.pdf", TestPDF("plain", 1));
+    static_cast<void>(composition.add(hostile).add(plain).writeUnchecked());
+    EXPECT_THAT(composition.notes(), HasSubstr("output-intent-dropped"));
+}
+
 } // namespace
 } // namespace quillorn::tests

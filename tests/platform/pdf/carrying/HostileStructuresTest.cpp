@@ -394,5 +394,51 @@ TEST_F(HostileStructures, AnnotationsThatAreNone) {
                            "/Lang 7 /Metadata 1 0 R /Dests 1 0 R"));
 }
 
+TEST_F(HostileStructures, NamesOfFieldsThatGrowWithEveryLevel) {
+    constexpr std::size_t levels = 90;
+    constexpr std::size_t fields = many(20'000);
+    const std::string part(4'000, 'n');
+    const std::size_t level = document.next();
+    for (std::size_t i = 0; i < levels; ++i) {
+        document.add("<< /T (" + part + ")" +
+                     (i > 0 ? " /Parent " + referenceTo(level + i - 1) : std::string()) + " >>");
+    }
+    std::string annotations;
+    const auto addField = [&](const std::string& name, const std::string& parent) {
+        const std::size_t field = document.add("<< /Subtype /Widget /Rect [0 0 9 9] /FT /Tx /T (" +
+                                               name + ") " + parent + " >>");
+        annotations += referenceTo(field) + " ";
+    };
+    for (std::size_t i = 0; i < fields; ++i) {
+        addField("f" + std::to_string(i), "/Parent " + referenceTo(level + levels - 1));
+    }
+    addField("plain", "");
+    addField("below", "/Parent " + referenceTo(level));
+    document.addPage("/Annots [" + annotations + "] /AA << /O << /S /ResetForm /Fields [(plain) (" +
+                     part + ".below) (absent)] >> >>");
+    document.addPage("");
+    const auto hostile = source("/AcroForm << /Fields [" + referenceTo(level) + "] >>");
+    writeInEveryWay(hostile);
+    const WrittenPDF file = composition.add(hostile).write();
+    const auto action = file.entry(file.entry(file.page(1), "/AA"), "/O");
+    EXPECT_EQ(file.entry(action, "/Fields").size(), 2U);
+}
+
+TEST_F(HostileStructures, ALongNameThatThousandsOfFieldsOfTwoFilesShare) {
+    constexpr std::size_t fields = many(4'000);
+    const std::size_t shared = document.add("(" + std::string(std::size_t{1} << 20U, 'x') + ")");
+    const std::size_t field = document.next();
+    std::string list;
+    for (std::size_t i = 0; i < fields; ++i) {
+        document.add("<< /Subtype /Widget /Rect [0 0 9 9] /FT /Tx /T " + referenceTo(shared) +
+                     " >>");
+        list += referenceTo(field + i) + " ";
+    }
+    document.addPage("/Annots [" + list + "]");
+    const std::string form = "/AcroForm << /Fields [" + list + "] >>";
+    static_cast<void>(composition.add(source(form)).add(source(form)).writeUnchecked());
+    EXPECT_LT(composition.report().bytes, std::size_t{10} << 20U);
+}
+
 } // namespace
 } // namespace quillorn::tests

@@ -1,3 +1,4 @@
+#include "tests/fakes/RawPDF.h"
 #include "tests/platform/pdf/carrying/Composition.h"
 #include "tests/platform/pdf/carrying/HandmadePDF.h"
 
@@ -265,8 +266,20 @@ protected:
     }
 };
 
+TEST_F(PruningWithinLimits, OfContentsThatASmallFileUnpacksToMegabytesEverythingStays) {
+    const std::string blanks((std::size_t{8} << 20U), ' ');
+    const std::size_t contents =
+        document.addStream("/Filter /FlateDecode", deflated(blanks + "/Used Do"));
+    document.addPage("/Contents " + referenceTo(contents));
+    addPage(document, "");
+    const WrittenPDF file =
+        firstPageOf(1, "/Resources << /XObject << /Unused " + referenceTo(addPicture(document)) +
+                           " /Used " + referenceTo(addPicture(document)) + " >> >>");
+    EXPECT_THAT(named(file, file.page(1), "/XObject"), ElementsAre("/Unused", "/Used"));
+}
+
 TEST_F(PruningWithinLimits, ADictionaryOfThousandsThatThousandsOfPagesShare) {
-    constexpr std::size_t pages = 4'000;
+    constexpr std::size_t pages = 2'000;
     const std::size_t form = addForm(document, "/Nothing Do", "");
     std::string entries;
     for (std::size_t i = 0; i < 20'000; ++i) {
@@ -283,7 +296,7 @@ TEST_F(PruningWithinLimits, ADictionaryOfThousandsThatThousandsOfPagesShare) {
 }
 
 TEST_F(PruningWithinLimits, AListOfAnnotationsThatThousandsOfPagesShare) {
-    constexpr std::size_t pages = 4'000;
+    constexpr std::size_t pages = 2'000;
     const std::size_t appearance = addForm(document, "/Stamp Do", "");
     std::string stamps;
     for (std::size_t i = 0; i < 20'000; ++i) {
