@@ -72,13 +72,13 @@ std::string firstPageText(const FileInfo::FirstPage& page) {
 }
 
 std::string labelsText(const std::vector<PDFPageLabelRange>& ranges, std::size_t pages) {
-    const std::vector<std::string> runs = pageLabelRuns(ranges, pages);
+    const PageLabelRuns runs = pageLabelRuns(ranges, pages, runsShown);
     std::string text;
-    for (std::size_t i = 0; i < std::min(runs.size(), runsShown); ++i) {
-        text += (i > 0 ? ", " : "") + runs[i];
+    for (const std::string& run : runs.texts) {
+        text += (text.empty() ? "" : ", ") + run;
     }
-    if (runs.size() > runsShown) {
-        text += ", and " + grouped(runs.size() - runsShown) + " more ranges";
+    if (runs.further > 0) {
+        text += ", and " + grouped(runs.further) + " more ranges";
     }
     return text.empty() ? "none" : text;
 }

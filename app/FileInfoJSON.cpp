@@ -36,7 +36,11 @@ Json infoJSON(const FileInfo& info) {
     if (!info.locked) {
         object["pages"] = info.pages;
         object["permissions"] = permissionsJSON(info.permissions);
-        object["labels"] = pageLabels(info.labelRanges, info.pages);
+        if (auto labels = pageLabels(info.labelRanges, info.pages)) {
+            object["labels"] = std::move(*labels);
+        } else {
+            object["warnings"].push_back("its page labels are too long to be listed");
+        }
     }
     if (info.firstPage) {
         object["firstPage"] = {{"width", info.firstPage->size.width},

@@ -1,5 +1,7 @@
 #include "app/PageLabelSummary.h"
 
+#include <algorithm>
+
 namespace quillorn {
 
 namespace {
@@ -16,8 +18,8 @@ std::string runText(const std::vector<PDFPageLabelRange>& ranges, std::size_t fi
 
 } // namespace
 
-std::vector<std::string> pageLabels(const std::vector<PDFPageLabelRange>& ranges,
-                                    std::size_t pageCount) {
+std::optional<std::vector<std::string>> pageLabels(const std::vector<PDFPageLabelRange>& ranges,
+                                                   std::size_t pageCount, std::size_t limit) {
     std::vector<std::string> labels;
     if (ranges.empty()) {
         return labels;
@@ -25,13 +27,17 @@ std::vector<std::string> pageLabels(const std::vector<PDFPageLabelRange>& ranges
     labels.reserve(pageCount);
     for (std::size_t page = 0; page < pageCount; ++page) {
         labels.push_back(pageLabelText(ranges, page));
+        if (labels.back().size() > limit) {
+            return std::nullopt;
+        }
+        limit -= labels.back().size();
     }
     return labels;
 }
 
-std::vector<std::string> pageLabelRuns(const std::vector<PDFPageLabelRange>& ranges,
-                                       std::size_t pageCount) {
-    std::vector<std::string> runs;
+PageLabelRuns pageLabelRuns(const std::vector<PDFPageLabelRange>& ranges, std::size_t pageCount,
+                            std::size_t most) {
+    PageLabelRuns runs;
     if (ranges.empty() || pageCount == 0) {
         return runs;
     }
@@ -41,9 +47,11 @@ std::vector<std::string> pageLabelRuns(const std::vector<PDFPageLabelRange>& ran
             starts.push_back(range.firstPage);
         }
     }
-    for (std::size_t i = 0; i < starts.size(); ++i) {
+    const std::size_t shown = std::min(most, starts.size());
+    runs.further = starts.size() - shown;
+    for (std::size_t i = 0; i < shown; ++i) {
         const std::size_t end = i + 1 < starts.size() ? starts[i + 1] : pageCount;
-        runs.push_back(runText(ranges, starts[i], end - 1));
+        runs.texts.push_back(runText(ranges, starts[i], end - 1));
     }
     return runs;
 }

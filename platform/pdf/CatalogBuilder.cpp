@@ -4,6 +4,7 @@
 #include "platform/pdf/LabelRanges.h"
 #include "platform/pdf/RepeatedPages.h"
 
+#include <algorithm>
 #include <array>
 #include <functional>
 
@@ -23,9 +24,11 @@ constexpr std::array<const char*, 7> wholeDocumentKeys{
 /// A printing condition in one text that tells it from others: what it says of itself, and its
 /// profile, since many profiles are just called "Custom".
 std::string conditionsOf(QPDFObjectHandle intents) {
+    constexpr int mostIntents = 100;    // of honest files one or two
     std::size_t allowance = 64U << 20U; // bytes of profiles decoded in all
     std::string conditions;
-    for (QPDFObjectHandle& intent : intents.getArrayAsVector()) {
+    for (int i = 0; i < std::min(intents.getArrayNItems(), mostIntents); ++i) {
+        QPDFObjectHandle intent = intents.getArrayItem(i);
         for (const char* key :
              {"/S", "/OutputConditionIdentifier", "/OutputCondition", "/RegistryName", "/Info"}) {
             QPDFObjectHandle value = intent.getKeyIfDict(key);
@@ -184,7 +187,7 @@ QPDFObjectHandle CatalogBuilder::finish(QPDF& output, QPDFObjectHandle pageTree,
     put("/OCProperties", m_layers.finish(output));
     put("/Names", m_names.finish(output));
     put("/Threads", m_threads.finish());
-    put("/PageLabels", m_labels.finish());
+    put("/PageLabels", m_labels.finish(output));
     if (m_language && !m_language->empty()) {
         m_catalog.replaceKey("/Lang", QPDFObjectHandle::newUnicodeString(*m_language));
     }

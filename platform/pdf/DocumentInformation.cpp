@@ -16,9 +16,14 @@ namespace {
 constexpr const char* producer = "Quillorn Folivane";
 constexpr std::size_t packetLimit = 16U << 20U; ///< bytes; longer XMP is left out
 
-std::string escapedForXml(std::string_view text) {
+/// What a text looks like where only UTF-8 is allowed: names of files are any bytes.
+std::string asUTF8(const std::string& text) {
+    return QUtil::utf16_to_utf8(QUtil::utf8_to_utf16(text));
+}
+
+std::string escapedForXml(const std::string& text) {
     std::string escaped;
-    for (const char ch : text) {
+    for (const char ch : asUTF8(text)) {
         switch (ch) {
         case '&':
             escaped += "&amp;";
@@ -93,6 +98,19 @@ constexpr std::array<const char*, 9> conformanceProperties{
     "pdfuaid:rev", "pdfxid:GTS_PDFXVersion", "pdfx:GTS_PDFXVersion"};
 constexpr std::array<const char*, 2> conformanceKeys{"/GTS_PDFXVersion", "/GTS_PDFXConformance"};
 
+/// Whether an entry of the information dictionary is what the format wants there: a text, or a name
+/// in the one place for one. What other programs add under names of their own may be more.
+bool isFitting(const std::string& key, QPDFObjectHandle value) {
+    constexpr std::array<const char*, 8> texts{"/Title",        "/Author",  "/Subject",
+                                               "/Keywords",     "/Creator", "/Producer",
+                                               "/CreationDate", "/ModDate"};
+    if (std::find(texts.begin(), texts.end(), key) != texts.end()) {
+        return value.isString();
+    }
+    return key == "/Trapped" ? value.isName()
+                             : value.isString() || value.isName() || value.isBool();
+}
+
 std::string newPacket(const std::string& title, const std::string& date) {
     return "<?xpacket begin=\"\xEF\xBB\xBF\" id=\"W5M0MpCehiHzreSzNTczkc9d\"?>\n"
            "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\">\n"
@@ -147,7 +165,7 @@ void DocumentInformation::collect(const CarryContext& context) {
         for (auto& [key, value] : information.getDictAsMap()) {
             const bool dropped = std::find(conformanceKeys.begin(), conformanceKeys.end(), key) !=
                                  conformanceKeys.end();
-            if (!dropped && (value.isString() || value.isName() || value.isBool())) {
+            if (!dropped && isFitting(key, value)) {
                 m_entries.emplace(key, context.carried(value));
             }
         }

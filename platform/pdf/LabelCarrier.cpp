@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <map>
 
 namespace quillorn {
 
@@ -26,9 +27,18 @@ const char* styleName(PDFPageLabelRange::Style style) {
     return nullptr;
 }
 
+constexpr int largestNumber = std::numeric_limits<int>::max();
+
+/// Bytes of a prefix that is written once for all pages that have it, instead of beside each.
+constexpr std::size_t longPrefix = 40;
+
 int numberAt(std::size_t start, std::size_t offset) {
-    constexpr std::size_t most = std::numeric_limits<int>::max();
-    return static_cast<int>(std::min(start + offset, most));
+    return static_cast<int>(std::min<std::size_t>(start + offset, largestNumber));
+}
+
+/// Whether a page with the number `next` goes on counting where one with `before` stopped.
+bool countsOn(int before, int next) {
+    return before == largestNumber ? next == largestNumber : next == before + 1;
 }
 
 } // namespace
@@ -51,17 +61,28 @@ void LabelCarrier::setLabel(std::size_t output, std::size_t sourcePage,
     }
     const PDFPageLabelRange& range = *std::prev(after);
     label.style = range.style;
-    label.prefix = range.prefix;
+    label.prefix = range.prefix.empty() ? nullptr : &*m_prefixes.insert(range.prefix).first;
     label.number =
         numberAt(static_cast<std::size_t>(range.firstNumber), sourcePage - range.firstPage);
     label.own = true;
 }
 
-QPDFObjectHandle LabelCarrier::finish() const {
+QPDFObjectHandle LabelCarrier::finish(QPDF& output) const {
     if (std::none_of(m_labels.begin(), m_labels.end(),
                      [](const Label& label) { return label.own; })) {
         return QPDFObjectHandle::newNull();
     }
+    std::map<const std::string*, QPDFObjectHandle> prefixes;
+    const auto prefixObject = [&output, &prefixes](const std::string* text) {
+        QPDFObjectHandle& prefix = prefixes[text];
+        if (!prefix.isInitialized()) {
+            prefix = QPDFObjectHandle::newUnicodeString(*text);
+            if (text->size() > longPrefix) {
+                prefix = output.makeIndirectObject(prefix);
+            }
+        }
+        return prefix;
+    };
     std::vector<QPDFObjectHandle> numbers;
     for (std::size_t i = 0; i < m_labels.size(); ++i) {
         const Label& label = m_labels[i];
@@ -69,7 +90,7 @@ QPDFObjectHandle LabelCarrier::finish() const {
             const Label& before = m_labels[i - 1];
             const bool goesOn = label.style == before.style && label.prefix == before.prefix &&
                                 (label.style == PDFPageLabelRange::Style::none ||
-                                 label.number == before.number + 1);
+                                 countsOn(before.number, label.number));
             if (goesOn) {
                 continue;
             }
@@ -79,8 +100,8 @@ QPDFObjectHandle LabelCarrier::finish() const {
             entry.replaceKey("/S", QPDFObjectHandle::newName(name));
             entry.replaceKey("/St", QPDFObjectHandle::newInteger(label.number));
         }
-        if (!label.prefix.empty()) {
-            entry.replaceKey("/P", QPDFObjectHandle::newUnicodeString(label.prefix));
+        if (label.prefix != nullptr) {
+            entry.replaceKey("/P", prefixObject(label.prefix));
         }
         numbers.push_back(QPDFObjectHandle::newInteger(static_cast<long long>(i)));
         numbers.push_back(entry);

@@ -3,7 +3,9 @@
 #include "platform/pdf/PageLabels.h"
 
 #include <cstddef>
+#include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,17 +23,18 @@ public:
                   const std::vector<PDFPageLabelRange>& ranges);
 
     /// The catalogue's /PageLabels, or null when no page came with a label of its own.
-    [[nodiscard]] QPDFObjectHandle finish() const;
+    [[nodiscard]] QPDFObjectHandle finish(QPDF& output) const;
 
 private:
     struct Label {
         PDFPageLabelRange::Style style = PDFPageLabelRange::Style::decimal;
-        std::string prefix;
+        const std::string* prefix = nullptr; ///< one of m_prefixes; null for none
         int number = 1;
         bool own = false; ///< stated by the source
     };
 
     std::vector<Label> m_labels;
+    std::set<std::string> m_prefixes; ///< each once, however many pages have it
 };
 
 } // namespace quillorn

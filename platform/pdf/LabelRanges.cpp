@@ -16,6 +16,8 @@ constexpr std::size_t labelRangeLimit = 200'000;
 
 /// Bytes of a prefix that stands before a page's number; every page has one of its own.
 constexpr std::size_t longestPrefix = 1000;
+/// Of all of them, which ranges may share. Those behind have none.
+constexpr std::size_t mostPrefixes = 16U << 20U;
 
 PDFPageLabelRange::Style labelStyle(QPDFObjectHandle style) {
     using Style = PDFPageLabelRange::Style;
@@ -32,12 +34,13 @@ PDFPageLabelRange::Style labelStyle(QPDFObjectHandle style) {
     return Style::none;
 }
 
-PDFPageLabelRange labelRangeOf(std::size_t firstPage, QPDFObjectHandle label) {
+PDFPageLabelRange labelRangeOf(std::size_t firstPage, QPDFObjectHandle label,
+                               std::size_t prefixLimit) {
     PDFPageLabelRange range;
     range.firstPage = firstPage;
     range.style = labelStyle(label.getKey("/S"));
     QPDFObjectHandle prefix = label.getKey("/P");
-    if (prefix.isString() && prefix.getStringValue().size() <= longestPrefix) {
+    if (prefix.isString() && prefix.getStringValue().size() <= prefixLimit) {
         range.prefix = prefix.getUTF8Value();
     }
     if (QPDFObjectHandle start = label.getKey("/St"); start.isInteger()) {
@@ -51,11 +54,14 @@ PDFPageLabelRange labelRangeOf(std::size_t firstPage, QPDFObjectHandle label) {
 
 std::vector<PDFPageLabelRange> readLabelRanges(QPDFObjectHandle pageLabels) {
     std::vector<PDFPageLabelRange> ranges;
+    std::size_t prefixes = 0; // bytes
     forEachTreeEntry(pageLabels, "/Nums", labelRangeLimit,
-                     [&ranges](QPDFObjectHandle key, QPDFObjectHandle value) {
+                     [&ranges, &prefixes](QPDFObjectHandle key, QPDFObjectHandle value) {
                          if (key.isInteger() && key.getIntValue() >= 0 && value.isDictionary()) {
                              ranges.push_back(
-                                 labelRangeOf(static_cast<std::size_t>(key.getIntValue()), value));
+                                 labelRangeOf(static_cast<std::size_t>(key.getIntValue()), value,
+                                              prefixes < mostPrefixes ? longestPrefix : 0));
+                             prefixes += ranges.back().prefix.size();
                          }
                          return true;
                      });

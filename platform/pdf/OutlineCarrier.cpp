@@ -18,6 +18,13 @@ constexpr std::size_t deepestEntry = 200;
 /// What an entry keeps as it is: its title, colour and style.
 constexpr std::array<const char*, 3> keptKeys{"/Title", "/C", "/F"};
 
+/// Empty where something else than a text stands in its place: libqpdf would take that for a reason
+/// to give up.
+std::string titleOf(QPDFObjectHandle entry) {
+    QPDFObjectHandle title = entry.getKey("/Title");
+    return title.isString() ? title.getUTF8Value() : std::string();
+}
+
 } // namespace
 
 /// An item being read: its entry in the making, and the sibling that comes next.
@@ -111,7 +118,7 @@ void OutlineCarrier::close(const CarryContext& context, std::vector<Frame>& open
     if (done.target == Target::lost) {
         context.notes.add(stays ? PDFCarryNote::Kind::outlineTargetLost
                                 : PDFCarryNote::Kind::outlineEntryDropped,
-                          context.file, entry.object.getKey("/Title").getUTF8Value());
+                          context.file, titleOf(entry.object));
     }
 }
 

@@ -140,5 +140,33 @@ TEST(Description, OfBlankPagesNamesTheGroup) {
     EXPECT_EQ(file.text(file.information()["/Title"]), "Blank");
 }
 
+TEST(Description, ThatIsNoTextWhereTextsBelongIsLeftOut) {
+    Composition composition;
+    const auto source = composition.source(
+        "d.pdf", described("d", "",
+                           "/Title /Name /Author true /Subject 5 /Keywords (kept) /Trapped /True "
+                           "/Odd /NameToo"));
+    const WrittenPDF file = composition.add(source).write();
+    for (const char* const key : {"/Title", "/Author", "/Subject"}) {
+        EXPECT_FALSE(file.information().contains(key)) << key;
+    }
+    EXPECT_EQ(file.text(file.information()["/Keywords"]), "kept");
+    EXPECT_EQ(file.information()["/Trapped"], "/True");
+    EXPECT_EQ(file.information()["/Odd"], "/NameToo");
+}
+
+TEST(Description, OfAFileWhoseNameIsNoTextIsWellFormed) {
+    Composition composition;
+    composition.options().title = "caf\xe9 \xed\xa0\x80 \xc3\xa9";
+    const auto one = composition.source("one.pdf", described("one", "", ""));
+    const auto two = composition.source("two.pdf", TestPDF("two", 1));
+    static_cast<void>(composition.add(one).add(two).write());
+    const std::string packet = packetOf(composition);
+    EXPECT_EQ(packet.find("\xe9 "), std::string::npos);
+    EXPECT_THAT(packet, HasSubstr("caf\xef\xbf\xbd "));
+    EXPECT_THAT(packet, HasSubstr(" \xc3\xa9</rdf:li>"));
+    EXPECT_EQ(packet.find("\xed\xa0\x80"), std::string::npos);
+}
+
 } // namespace
 } // namespace quillorn::tests

@@ -100,5 +100,31 @@ TEST(PageLabels, KeepTextInAnyScript) {
     EXPECT_THAT(labels(composition), ElementsAre("第·1"));
 }
 
+TEST(PageLabels, GoOnFromTheLargestNumber) {
+    Composition composition;
+    const auto source = composition.source(
+        "large.pdf", TestPDF("large", 3).setLabels("0 << /S /D /St 2147483647 >>"));
+    const WrittenPDF file = composition.add(source, {1, 2, 3}).write();
+    EXPECT_EQ(file.entry(file.entry(file.catalog(), "/PageLabels"), "/Nums").size(), 2U);
+}
+
+TEST(PageLabels, OfThousandsOfPagesWithALongPrefixTakeItsRoomOnce) {
+    constexpr std::size_t pages = 2'000;
+    const std::string prefix(900, 'p');
+    Composition composition;
+    const auto source = composition.source(
+        "long.pdf", TestPDF("long", pages).setLabels("0 << /S /D /P (" + prefix + ") >>"));
+    std::vector<std::size_t> odd;
+    for (std::size_t page = 1; page <= pages; page += 2) {
+        odd.push_back(page);
+    }
+    static_cast<void>(composition.add(source, odd).write());
+    EXPECT_LT(composition.report().bytes, source->fileSize() / 2);
+    const auto ranges = composition.open(composition.folder() / "out.pdf")->labelRanges();
+    ASSERT_TRUE(ranges);
+    EXPECT_EQ(pageLabelText(*ranges, 0), prefix + "1");
+    EXPECT_EQ(pageLabelText(*ranges, 999), prefix + "1999");
+}
+
 } // namespace
 } // namespace quillorn::tests

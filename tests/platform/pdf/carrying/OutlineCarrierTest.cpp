@@ -207,5 +207,32 @@ TEST(Outline, OfAnEncryptedFileIsReadable) {
     EXPECT_EQ(composition.add(*source).write().outline().substr(0, 21), "Part I > p1 /Fit open");
 }
 
+TEST(Outline, OfALongTitleIsNamedByItsBeginning) {
+    TestPDF document("long", 2);
+    document.addOutlineEntry(std::string(5'000, 't'), 1);
+    Composition composition;
+    static_cast<void>(composition.add(composition.source("long.pdf", document), {1}).write());
+    EXPECT_EQ(composition.notes(), "outline-entry-dropped 1 (" + std::string(200, 't') + "...)");
+}
+
+TEST(Outline, WhoseTitlesAreNoTextsIsCarriedLikeAnyOther) {
+    TestPDF document("odd", 2);
+    const std::size_t root = document.nextObject();
+    document.addObject("<< /First " + referenceTo(root + 1) + " /Last " + referenceTo(root + 3) +
+                       " /Count 3 >>");
+    const char* const titles[] = {"/Title 12", "", "/Title [(in a list)]"};
+    for (std::size_t i = 0; i < 3; ++i) {
+        document.addObject("<< " + std::string(titles[i]) + " /Parent " + referenceTo(root) +
+                           " /Dest [" + referenceTo(document.pageObject(1)) + " /Fit]" +
+                           (i < 2 ? " /Next " + referenceTo(root + i + 2) : std::string()) + " >>");
+    }
+    document.addCatalogEntry("/Outlines " + referenceTo(root));
+    Composition composition;
+    const auto source = composition.source("odd.pdf", document);
+    EXPECT_EQ(WrittenPDF(composition.add(source, {1}).writeUnchecked()).pageCount(), 1U);
+    EXPECT_EQ(composition.notes(), "outline-entry-dropped 3");
+    EXPECT_EQ(WrittenPDF(composition.add(source, {2}).writeUnchecked()).pageCount(), 1U);
+}
+
 } // namespace
 } // namespace quillorn::tests
