@@ -9,6 +9,14 @@
 
 namespace quillorn {
 
+namespace {
+
+tl::unexpected<ImportRefusal> cancelled(const std::string& path) {
+    return tl::unexpected(ImportRefusal::make(ImportRefusal::Kind::notLegal, path, "cancelled"));
+}
+
+} // namespace
+
 ProgramConversions::ProgramConversions(Options options)
     : m_options(std::move(options)),
       m_texts({m_options.cacheFolder, [keeps = m_options.keepsPageSetup] { return keeps; }}) {}
@@ -34,7 +42,10 @@ ImportResult<std::string> ProgramConversions::image2PDF(const std::string& path,
 
 ImportResult<std::string> ProgramConversions::html2PDF(const std::string& path,
                                                        const std::stop_token& stop) {
-    const std::lock_guard lock(m_htmlMutex);
+    const TurnHolder turn(m_htmlTurn, stop);
+    if (!turn.isHeld()) {
+        return cancelled(path);
+    }
     const auto html = htmlConverter(path);
     if (!html) {
         return tl::unexpected(html.error());
@@ -44,7 +55,10 @@ ImportResult<std::string> ProgramConversions::html2PDF(const std::string& path,
 
 ImportResult<std::string> ProgramConversions::rtf2PDF(const std::string& path,
                                                       const std::stop_token& stop) {
-    const std::lock_guard lock(m_textsMutex);
+    const TurnHolder turn(m_textsTurn, stop);
+    if (!turn.isHeld()) {
+        return cancelled(path);
+    }
     auto converted = m_texts.rtf2PDF(path, stop);
     if (!converted) {
         return tl::unexpected(std::move(converted.error()));
@@ -59,7 +73,10 @@ ImportResult<std::string> ProgramConversions::rtf2PDF(const std::string& path,
 
 ImportResult<std::string> ProgramConversions::doc2PDF(const std::string& path,
                                                       const std::stop_token& stop) {
-    const std::lock_guard lock(m_htmlMutex);
+    const TurnHolder turn(m_htmlTurn, stop);
+    if (!turn.isHeld()) {
+        return cancelled(path);
+    }
     const auto html = htmlConverter(path);
     if (!html) {
         return tl::unexpected(html.error());

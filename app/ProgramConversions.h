@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/Turn.h"
 #include "import/DocumentConversions.h"
 #include "import/HTMLConverter.h"
 #include "import/RtfToPDF.h"
@@ -7,14 +8,14 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <stop_token>
 #include <string>
 
 namespace quillorn {
 
 /// The conversions of the window. Their engines are started by the first file that needs one and
-/// kept until this object ends; files for one engine take turns.
+/// kept until this object ends; files for one engine take turns, and one that is cancelled while it
+/// waits for its turn does not wait any longer.
 class ProgramConversions final : public DocumentConversions {
 public:
     struct Options {
@@ -38,13 +39,13 @@ public:
                                                     const std::stop_token& stop) override;
 
 private:
-    /// The converter of web pages, opened now if need be; with m_htmlMutex held.
+    /// The converter of web pages, opened now if need be; in its turn.
     [[nodiscard]] ImportResult<HTMLConverter*> htmlConverter(const std::string& path);
 
     Options m_options;
-    std::mutex m_htmlMutex; ///< guards m_html and its engine
+    Turn m_htmlTurn; ///< of using m_html and its engine
     std::unique_ptr<HTMLConverter> m_html;
-    std::mutex m_textsMutex; ///< guards m_texts and its engines
+    Turn m_textsTurn; ///< of using m_texts and its engines
     TextDocumentConverter m_texts;
 };
 
