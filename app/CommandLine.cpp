@@ -195,16 +195,26 @@ Checked checkFilesOf(const ConvertRequest& request) {
     if (request.files.empty()) {
         return tl::unexpected(std::string("There is no file to convert."));
     }
-    std::set<std::string> names;
     for (const std::string& path : request.files) {
         if (lastPathComponent(path).empty()) {
             return tl::unexpected(std::string("A file's name is empty."));
         }
-        if (std::string name = convertedName(path); !names.insert(name).second) {
-            return tl::unexpected("More than one file would become " + name + ".");
-        }
     }
     return {};
+}
+
+/// That two of the files would be written under one name, like two groups of one.
+std::optional<UsageError> clashIn(const ConvertRequest& request) {
+    std::set<std::string> names;
+    for (const std::string& path : request.files) {
+        const std::string name = convertedName(path);
+        if (!names.insert(name).second) {
+            return UsageError{messageText(group_message::alreadyExists, name),
+                              "More than one file would become " + name + ".", HelpTopic::convert,
+                              request.json};
+        }
+    }
+    return std::nullopt;
 }
 
 /// Reads the words after "convert"; nothing when help was asked for.
@@ -302,7 +312,13 @@ tl::expected<Command, UsageError> parseCommandLine(const std::vector<std::string
         return commandFrom(ComposeParser(rest).parse(), rest, HelpTopic::compose);
     }
     if (command == "convert") {
-        return commandFrom(parseConvert(rest), rest, HelpTopic::convert);
+        auto parsed = parseConvert(rest);
+        if (parsed && *parsed) {
+            if (auto clash = clashIn(**parsed)) {
+                return tl::unexpected(std::move(*clash));
+            }
+        }
+        return commandFrom(std::move(parsed), rest, HelpTopic::convert);
     }
     if (command == "info") {
         return commandFrom(parseInfo(rest), rest, HelpTopic::info);

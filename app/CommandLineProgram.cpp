@@ -9,12 +9,34 @@
 #include "app/MemoryLimit.h"
 #include "app/PasswordFiles.h"
 
+#include <exception>
 #include <string>
 #include <utility>
 #include <variant>
 #include <vector>
 
 namespace quillorn {
+
+namespace {
+
+/// What the command that makes no sense would have reported, as JSON.
+std::string reportOf(const UsageError& error) {
+    if (error.topic == HelpTopic::info) {
+        return fileInfosJSON({}, {}, error.message, exit_status::usage);
+    }
+    if (error.topic == HelpTopic::convert) {
+        ConvertReport report;
+        report.error = error.message;
+        report.status = exit_status::usage;
+        return convertReportJSON(report);
+    }
+    ComposeReport report;
+    report.error = error.message;
+    report.status = exit_status::usage;
+    return composeReportJSON(report);
+}
+
+} // namespace
 
 int CommandLineProgram::run(const std::vector<std::string>& words) {
     if (words.empty()) {
@@ -63,7 +85,15 @@ int CommandLineProgram::runCommand(InfoRequest& request) {
         return refuse(read.error());
     }
     m_process.prepareForInputs(sizeOfFiles(request.files));
-    return runInfoCommand(request, m_process.output);
+    try {
+        return runInfoCommand(request, m_process.output);
+    } catch (const std::exception& error) {
+        const std::string text = goesNoFurther(m_process.output.troubles, error);
+        if (request.json) {
+            m_process.output.results << fileInfosJSON({}, {}, text, exit_status::notWritten);
+        }
+        return exit_status::notWritten;
+    }
 }
 
 int CommandLineProgram::runCommand(const HelpRequest& request) {
@@ -79,12 +109,7 @@ int CommandLineProgram::runCommand(const VersionRequest& /*request*/) {
 int CommandLineProgram::refuse(const UsageError& error) {
     printUsageError(m_process.output.troubles, error);
     if (error.json) {
-        ComposeReport report;
-        report.usageError = error.message;
-        report.status = exit_status::usage;
-        m_process.output.results << (error.topic == HelpTopic::info
-                                         ? fileInfosJSON({}, {}, error.message, report.status)
-                                         : composeReportJSON(report));
+        m_process.output.results << reportOf(error);
     }
     return exit_status::usage;
 }

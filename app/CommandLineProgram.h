@@ -20,9 +20,10 @@ public:
     /// What the program needs of the process that it runs in.
     struct Process {
         CommandOutput output;
-        std::function<std::string()> defaultOutputFolder; ///< settles it; may make folders
-        std::function<std::stop_token()> watchForStop;    ///< called before a long job
-        std::function<int()> interruptedStatus;           ///< exit status once asked to stop
+        /// Settles it; may make folders.
+        std::function<FileResult<std::string>()> defaultOutputFolder;
+        std::function<std::stop_token()> watchForStop; ///< called before a long job
+        std::function<int()> interruptedStatus;        ///< exit status once asked to stop
         /// Called before the files, of so many bytes in all, are read.
         std::function<void(std::uint64_t)> prepareForInputs;
         bool endsAfterwards = false;          ///< right after the command

@@ -4,7 +4,9 @@
 #include "import/ImportRefusal.h"
 
 #include <cstddef>
+#include <exception>
 #include <ostream>
+#include <string>
 
 namespace quillorn {
 
@@ -20,5 +22,8 @@ void printUsageError(std::ostream& stream, const UsageError& error);
 
 /// The message for the user, then the reason with the full path.
 void printRefusal(std::ostream& stream, const ImportRefusal& refusal);
+
+/// Tells of an exception that ended a command, such as a want of memory; returns its text.
+std::string goesNoFurther(std::ostream& stream, const std::exception& error);
 
 } // namespace quillorn

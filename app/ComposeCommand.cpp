@@ -8,9 +8,9 @@
 #include "platform/files/PrivateFolder.h"
 
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <optional>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -32,7 +32,12 @@ std::string reasonOf(const PDFError& error, const std::filesystem::path& target)
 } // namespace
 
 int ComposeCommand::run() {
-    work();
+    try {
+        work();
+    } catch (const std::exception& error) {
+        m_report.error = goesNoFurther(m_surroundings.output.troubles, error);
+        m_report.status = exit_status::notWritten;
+    }
     std::ostream& results = m_surroundings.output.results;
     if (m_request.json) {
         results << composeReportJSON(m_report);
@@ -60,6 +65,9 @@ void ComposeCommand::work() {
         std::make_unique<ComposeInputs>(PDFIntake(std::move(snapshots)), std::move(conversions));
     m_plan = m_inputs->plan(m_request, m_surroundings.stop);
     if (m_surroundings.stop.stop_requested()) {
+        for (const GroupRequest& group : m_request.groups) {
+            m_report.failed.push_back(FailedOutput{m_place.nameOf(group.name), "interrupted"});
+        }
         interrupt();
     } else if (inputsAreFine()) {
         writeGroups();
@@ -83,7 +91,7 @@ bool ComposeCommand::inputsAreFine() {
         for (const UsageError& error : m_plan.usageErrors) {
             printUsageError(troubles, error);
         }
-        m_report.usageError = m_plan.usageErrors.front().message;
+        m_report.error = m_plan.usageErrors.front().message;
         m_report.status = exit_status::usage;
         return false;
     }
@@ -98,26 +106,25 @@ bool ComposeCommand::inputsAreFine() {
 }
 
 void ComposeCommand::writeGroups() {
-    const std::string folder =
-        m_request.outputFolder ? *m_request.outputFolder : m_surroundings.defaultOutputFolder();
-    std::error_code folderError;
-    if (m_request.outputFolder) {
-        std::filesystem::create_directories(folder, folderError);
-    }
     bool goesOn = true;
     for (std::size_t i = 0; i < m_plan.groups.size(); ++i) {
-        const std::string target = joinedPath(folder, m_plan.groups[i].name);
+        const std::string& name = m_plan.groups[i].name;
         goesOn = goesOn && !m_surroundings.stop.stop_requested();
         if (!goesOn) {
-            m_report.failed.push_back(FailedOutput{fullPath(target), "interrupted"});
-        } else if (!m_plan.hasInputs[i]) {
+            m_report.failed.push_back(FailedOutput{m_place.nameOf(name), "interrupted"});
+            continue;
+        }
+        if (!m_plan.hasInputs[i]) {
             // Not a failure to write: the status speaks of the refused files.
-            fail(target, "all of its files were refused");
-        } else if (folderError) {
-            fail(target, "the output folder cannot be made: " + errnoText(folderError.value()));
+            fail(m_place.nameOf(name), "all of its files were refused");
+            continue;
+        }
+        const auto target = m_place.targetFor(name);
+        if (!target) {
+            fail(m_place.nameOf(name), target.error().reason);
             m_report.status = exit_status::notWritten;
-        } else if (!writeGroup(m_plan.groups[i], target, i + 1 == m_plan.groups.size())) {
-            m_report.failed.push_back(FailedOutput{fullPath(target), "interrupted"});
+        } else if (!writeGroup(m_plan.groups[i], *target, i + 1 == m_plan.groups.size())) {
+            m_report.failed.push_back(FailedOutput{m_place.nameOf(name), "interrupted"});
             goesOn = false;
         }
     }
@@ -143,7 +150,7 @@ bool ComposeCommand::writeGroup(const OutputGroup& group, const std::string& tar
         if (written.error().kind == PDFError::Kind::cancelled) {
             return false;
         }
-        fail(target, reasonOf(written.error(), target));
+        fail(fullPath(target), reasonOf(written.error(), target));
         m_report.status = exit_status::notWritten;
         return true;
     }
@@ -188,10 +195,9 @@ void ComposeCommand::verify(const PDFWriteReport& written) {
 }
 
 void ComposeCommand::fail(const std::string& file, const std::string& reason) {
-    m_report.failed.push_back(FailedOutput{fullPath(file), reason});
+    m_report.failed.push_back(FailedOutput{file, reason});
     m_surroundings.output.troubles << printable(lastPathComponent(file)) << " was not written.\n  "
-                                   << printable(fullPath(file)) << ": " << printable(reason)
-                                   << '\n';
+                                   << printable(file) << ": " << printable(reason) << '\n';
 }
 
 void ComposeCommand::interrupt() {

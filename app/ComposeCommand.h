@@ -3,6 +3,7 @@
 #include "app/CommandOutput.h"
 #include "app/ComposeInputs.h"
 #include "app/ComposeReport.h"
+#include "app/OutputPlace.h"
 #include "platform/pdf/PDFVerifier.h"
 
 #include <cstddef>
@@ -23,7 +24,9 @@ class ComposeCommand {
 public:
     struct Surroundings {
         CommandOutput output;
-        std::function<std::string()> defaultOutputFolder; ///< asked only when no folder is given
+        /// Settles the program's own folder; asked only when none is given and something is
+        /// written.
+        std::function<FileResult<std::string>()> defaultOutputFolder;
         std::stop_token stop;
         std::function<int()> interruptedStatus; ///< the exit status once `stop` was requested
         bool processEndsAfterwards = false;     ///< so memory need not be given back
@@ -39,7 +42,9 @@ public:
 
     /// Passwords are given as text (PasswordFiles.h).
     ComposeCommand(ComposeRequest request, Surroundings surroundings)
-        : m_request(std::move(request)), m_surroundings(std::move(surroundings)) {}
+        : m_request(std::move(request)),
+          m_surroundings(std::move(surroundings)),
+          m_place(m_request.outputFolder, m_surroundings.defaultOutputFolder) {}
 
     /// Returns the exit status.
     [[nodiscard]] int run();
@@ -52,11 +57,13 @@ private:
     [[nodiscard]] bool writeGroup(const OutputGroup& group, const std::string& target, bool isLast);
     void tellOf(const PDFWriteReport& written);
     void verify(const PDFWriteReport& written);
+    /// `file` as it is to be named: with its full path where that is known.
     void fail(const std::string& file, const std::string& reason);
     void interrupt();
 
     ComposeRequest m_request;
     Surroundings m_surroundings;
+    OutputPlace m_place;
     std::unique_ptr<ComposeInputs> m_inputs;
     ComposePlan m_plan;
     ComposeReport m_report;

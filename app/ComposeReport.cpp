@@ -34,7 +34,7 @@ std::string composeReportJSON(const ComposeReport& report) {
                    {"refused", refusalsJSON(report.refused)},
                    {"failed", std::move(failed)},
                    {"notices", std::move(notices)}};
-    addOutcome(object, report.usageError, report.status);
+    addOutcome(object, report.error, report.status);
     return jsonText(object);
 }
 

@@ -26,7 +26,7 @@ struct ComposeReport {
     std::vector<ImportRefusal> refused;  ///< each file once
     std::vector<FailedOutput> failed;
     std::vector<FileNotice> notices; ///< about inputs
-    std::string usageError;          ///< why nothing was attempted, or empty
+    std::string error;               ///< why nothing was attempted, or went no further; or empty
     int status = 0;                  ///< exit status
 };
 

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <optional>
 #include <span>
@@ -26,32 +27,38 @@ namespace {
 
 constexpr std::size_t blockSize = std::size_t{256} << 10U;
 
-/// Copies a PDF to its place; the answer is its size.
-FileResult<std::uint64_t> copyInto(const fs::path& pdf, const fs::path& target) {
-    const auto from = FileDescriptor::openRegularFile(pdf);
-    if (!from) {
-        return tl::unexpected(from.error());
-    }
+/// Copies a PDF to its place; the answer is its size. Whatever happens to the file meanwhile, what
+/// is written is what was opened, or nothing. Errors: changed, unreadable, cannotWrite, cancelled.
+PDFResult<std::uint64_t> copyInto(const PDFSource& pdf, const fs::path& target,
+                                  const std::stop_token& stop) {
+    const PDFSourceAccess from = pdf.access();
     auto to = ReplacementFile::create(target);
     if (!to) {
-        return tl::unexpected(std::move(to.error()));
+        return tl::unexpected(PDFError::cannotWrite(to.error()));
     }
     std::string block(blockSize, '\0');
-    while (true) {
-        const auto got = readAt(*from, pdf, block, to->bytesWritten());
-        if (!got) {
-            return tl::unexpected(got.error());
+    for (std::size_t got = 1; got > 0 && to->bytesWritten() < from.size;) {
+        if (stop.stop_requested()) {
+            return tl::unexpected(PDFError{PDFError::Kind::cancelled, target, "cancelled"});
         }
-        if (*got == 0) {
-            break;
+        const auto room = std::min<std::uint64_t>(block.size(), from.size - to->bytesWritten());
+        const auto read =
+            readAt(*from.descriptor, pdf.path(),
+                   std::span(block).first(static_cast<std::size_t>(room)), to->bytesWritten());
+        if (!read) {
+            return tl::unexpected(PDFError::unreadable(read.error()));
         }
-        if (auto written = to->write(std::span(block).first(*got)); !written) {
-            return tl::unexpected(std::move(written.error()));
+        got = *read;
+        if (auto written = to->write(std::span(block).first(got)); !written) {
+            return tl::unexpected(PDFError::cannotWrite(written.error()));
         }
+    }
+    if (auto unchanged = pdf.verifyUnchanged(); !unchanged) {
+        return tl::unexpected(std::move(unchanged.error()));
     }
     const std::uint64_t size = to->bytesWritten();
     if (auto committed = to->commit(); !committed) {
-        return tl::unexpected(std::move(committed.error()));
+        return tl::unexpected(PDFError::cannotWrite(committed.error()));
     }
     return size;
 }
@@ -59,7 +66,13 @@ FileResult<std::uint64_t> copyInto(const fs::path& pdf, const fs::path& target) 
 } // namespace
 
 int ConvertCommand::run() {
-    work();
+    try {
+        work();
+    } catch (const std::exception& error) {
+        clearProgress();
+        m_report.error = goesNoFurther(m_surroundings.output.troubles, error);
+        m_report.status = exit_status::notWritten;
+    }
     if (m_request.json) {
         m_surroundings.output.results << convertReportJSON(m_report);
     }
@@ -67,12 +80,6 @@ int ConvertCommand::run() {
 }
 
 void ConvertCommand::work() {
-    const std::string folder =
-        m_request.outputFolder ? *m_request.outputFolder : m_surroundings.defaultOutputFolder();
-    std::error_code folderError;
-    if (m_request.outputFolder) {
-        fs::create_directories(folder, folderError);
-    }
     const auto privateFolder = PrivateFolder::create();
     std::optional<FileConversions::Tools> tools;
     if (privateFolder) {
@@ -87,34 +94,22 @@ void ConvertCommand::work() {
                                        privateFolder->path(), openHTML, keepsPageSetup};
     }
     FileConversions conversions(std::move(tools));
-    bool goesOn = true;
-    for (std::size_t i = 0; i < m_request.files.size() && goesOn; ++i) {
-        const std::string& path = m_request.files[i];
-        const std::string target = joinedPath(folder, convertedName(path));
-        if (folderError) {
-            fail(target, "the output folder cannot be made: " + errnoText(folderError.value()));
+    std::size_t done = 0;
+    for (; done < m_request.files.size(); ++done) {
+        tellProgress(done);
+        if (m_surroundings.stop.stop_requested() || !convert(m_request.files[done], conversions)) {
             break;
         }
-        tellProgress(i);
-        goesOn = convert(path, target, conversions);
     }
     clearProgress();
     if (m_surroundings.stop.stop_requested()) {
-        interrupt();
+        interrupt(done);
     }
 }
 
-bool ConvertCommand::convert(const std::string& path, const std::string& target,
-                             FileConversions& conversions) {
+bool ConvertCommand::convert(const std::string& path, FileConversions& conversions) {
     std::error_code error;
-    FileRoute route = fs::exists(path, error) ? commandLineRoute(path) : FileRoute::pdf;
-    if (route == FileRoute::pdf) {
-        // Only what is one is passed on; its locks go along.
-        if (auto pdf = PDFIntake().inspect(path); !pdf) {
-            refuse(std::move(pdf.error()));
-            return m_request.keepGoing;
-        }
-    }
+    const FileRoute route = fs::exists(path, error) ? commandLineRoute(path) : FileRoute::pdf;
     auto converted = conversions.pdfOf(path, route, m_surroundings.stop);
     if (m_surroundings.stop.stop_requested()) {
         return false;
@@ -123,27 +118,52 @@ bool ConvertCommand::convert(const std::string& path, const std::string& target,
         refuse(std::move(converted.error()));
         return m_request.keepGoing;
     }
-    const auto bytes = copyInto(converted->pdf, target);
+    // Only what is a PDF is passed on, locked or not.
+    bool goesOn = m_request.keepGoing;
+    if (auto pdf = PDFIntake().inspect(converted->pdf); !pdf) {
+        refuse(ImportRefusal::make(pdf.error().kind, path, std::move(pdf.error().reason)));
+    } else {
+        goesOn = write(path, **pdf, std::move(converted->notices));
+    }
     if (converted->pdf != path) {
         fs::remove(converted->pdf, error); // a long list would fill the disk with them
     }
+    return goesOn;
+}
+
+bool ConvertCommand::write(const std::string& path, const PDFSource& pdf,
+                           std::vector<std::string> notices) {
+    const std::string name = convertedName(path);
+    const auto target = m_place.targetFor(name);
+    if (!target) {
+        fail(m_place.nameOf(name), target.error().reason);
+        return false; // nor will any other find a place
+    }
+    const auto bytes = copyInto(pdf, *target, m_surroundings.stop);
     if (!bytes) {
-        fail(target, bytes.error().reason);
-        return true;
+        switch (bytes.error().kind) {
+        case PDFError::Kind::cancelled:
+            return false;
+        case PDFError::Kind::cannotWrite:
+            fail(fullPath(*target), bytes.error().reason);
+            return true;
+        default:
+            refuse(ImportRefusal::fromError(path, bytes.error()));
+            return m_request.keepGoing;
+        }
     }
     clearProgress();
     if (!m_request.json && !m_request.quiet) {
         std::ostream& results = m_surroundings.output.results;
-        results << "wrote " << printable(fullPath(target)) << ", " << counted(*bytes, "byte")
+        results << "wrote " << printable(fullPath(*target)) << ", " << counted(*bytes, "byte")
                 << '\n';
-        for (const std::string& notice : converted->notices) {
+        for (const std::string& notice : notices) {
             results << "  " << printable(lastPathComponent(path)) << ": " << printable(notice)
                     << '\n';
         }
         results << std::flush;
     }
-    m_report.outputs.push_back(
-        {fullPath(path), fullPath(target), *bytes, std::move(converted->notices)});
+    m_report.outputs.push_back({fullPath(path), fullPath(*target), *bytes, std::move(notices)});
     return true;
 }
 
@@ -178,13 +198,17 @@ void ConvertCommand::refuse(ImportRefusal refusal) {
 void ConvertCommand::fail(const std::string& target, const std::string& reason) {
     clearProgress();
     m_surroundings.output.troubles << printable(lastPathComponent(target))
-                                   << " was not written.\n  " << printable(fullPath(target)) << ": "
+                                   << " was not written.\n  " << printable(target) << ": "
                                    << printable(reason) << '\n';
-    m_report.failed.push_back(FailedOutput{fullPath(target), reason});
+    m_report.failed.push_back(FailedOutput{target, reason});
     m_report.status = exit_status::notWritten;
 }
 
-void ConvertCommand::interrupt() {
+void ConvertCommand::interrupt(std::size_t done) {
+    for (std::size_t i = done; i < m_request.files.size(); ++i) {
+        m_report.failed.push_back(
+            FailedOutput{m_place.nameOf(convertedName(m_request.files[i])), "interrupted"});
+    }
     m_report.status = m_surroundings.interruptedStatus();
     m_surroundings.output.troubles << "Interrupted. Of " << counted(m_request.files.size(), "file")
                                    << ", " << grouped(m_report.outputs.size())

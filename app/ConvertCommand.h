@@ -4,6 +4,7 @@
 #include "app/ComposeCommand.h"
 #include "app/ConvertReport.h"
 #include "app/FileConversions.h"
+#include "app/OutputPlace.h"
 
 #include <cstddef>
 #include <string>
@@ -18,7 +19,9 @@ public:
     using Surroundings = ComposeCommand::Surroundings;
 
     ConvertCommand(ConvertRequest request, Surroundings surroundings)
-        : m_request(std::move(request)), m_surroundings(std::move(surroundings)) {}
+        : m_request(std::move(request)),
+          m_surroundings(std::move(surroundings)),
+          m_place(m_request.outputFolder, m_surroundings.defaultOutputFolder) {}
 
     /// Returns the exit status.
     [[nodiscard]] int run();
@@ -26,16 +29,21 @@ public:
 private:
     void work();
     /// False when nothing more is to be done.
-    [[nodiscard]] bool convert(const std::string& path, const std::string& target,
-                               FileConversions& conversions);
+    [[nodiscard]] bool convert(const std::string& path, FileConversions& conversions);
+    /// False when the stop request came in between.
+    [[nodiscard]] bool write(const std::string& path, const PDFSource& pdf,
+                             std::vector<std::string> notices);
     void tellProgress(std::size_t index);
     void clearProgress();
     void refuse(ImportRefusal refusal);
+    /// `target` as it is to be named.
     void fail(const std::string& target, const std::string& reason);
-    void interrupt();
+    /// `done` of the files were dealt with.
+    void interrupt(std::size_t done);
 
     ConvertRequest m_request;
     Surroundings m_surroundings;
+    OutputPlace m_place;
     ConvertReport m_report;
 };
 

@@ -23,7 +23,7 @@ std::string convertReportJSON(const ConvertReport& report) {
     Json object = {{"outputs", std::move(outputs)},
                    {"refused", refusalsJSON(report.refused)},
                    {"failed", std::move(failed)}};
-    addOutcome(object, {}, report.status);
+    addOutcome(object, report.error, report.status);
     return jsonText(object);
 }
 

@@ -22,11 +22,13 @@ struct ConvertReport {
     std::vector<ConvertedOutput> outputs; ///< written, in order
     std::vector<ImportRefusal> refused;
     std::vector<FailedOutput> failed;
-    int status = 0; ///< exit status
+    std::string error; ///< why nothing was attempted, or went no further; or empty
+    int status = 0;    ///< exit status
 };
 
 /// The report as one JSON object with a line end: "outputs" (source, file, bytes, notices),
-/// "refused" (file, message, reason), "failed" (file, reason) and "status". Bytes that are no
+/// "refused" (file, message, reason), "failed" (file, reason), "error" where there is one, and
+/// "status". Bytes that are no
 /// UTF-8 are replaced.
 [[nodiscard]] std::string convertReportJSON(const ConvertReport& report);
 

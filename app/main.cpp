@@ -15,7 +15,6 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
-#include <stdexcept>
 #include <string>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -34,11 +33,10 @@ std::size_t terminalWidth() {
     return known ? size.ws_col : usualWidth;
 }
 
-std::string defaultOutputFolder() {
+quillorn::FileResult<std::string> defaultOutputFolder() {
     const auto preferences = quillorn::openStoredPreferences();
     if (!preferences) {
-        throw std::runtime_error(preferences.error().file.string() + ": " +
-                                 preferences.error().reason);
+        return tl::unexpected(preferences.error());
     }
     return quillorn::InitAppPath(**preferences, quillorn::homeFolder());
 }

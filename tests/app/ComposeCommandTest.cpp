@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <stdexcept>
 #include <stop_token>
 #include <string>
 
@@ -169,6 +170,36 @@ TEST_F(ComposeCommandTest, WithoutAFolderForCopiesTheWorkIsDoneAllTheSame) {
     request("A.pdf", tests::TestPDF("a", 2).writeTo(folder / "a.pdf"));
     EXPECT_EQ(run([]() {}), exit_status::done);
     EXPECT_EQ(tests::pageTexts(folder / "out" / "A.pdf").size(), 2U);
+}
+
+TEST_F(ComposeCommandTest, AnInterruptionBeforeTheWritingIsReportedForEveryGroup) {
+    composing.outputFolder = (folder / "fresh").string();
+    request("A.pdf", tests::TestPDF("a", 1).writeTo(folder / "a.pdf"));
+    request("B.pdf", tests::TestPDF("b", 1).writeTo(folder / "b.pdf"));
+    stop.request_stop();
+    EXPECT_EQ(run([]() {}), 130);
+    ASSERT_EQ(report["failed"].size(), 2U);
+    EXPECT_EQ(report["failed"][0]["file"], (folder / "fresh" / "A.pdf").string());
+    EXPECT_EQ(report["failed"][0]["reason"], "interrupted");
+    EXPECT_FALSE(fs::exists(folder / "fresh"));
+}
+
+TEST_F(ComposeCommandTest, NoFolderIsMadeWhereEveryFileIsRefused) {
+    composing.outputFolder = (folder / "fresh").string();
+    composing.keepGoing = true;
+    tests::writeFile(folder / "no.pdf", "no PDF");
+    request("A.pdf", folder / "no.pdf");
+    EXPECT_EQ(run([]() {}), exit_status::refused);
+    EXPECT_EQ(report["failed"][0]["reason"], "all of its files were refused");
+    EXPECT_FALSE(fs::exists(folder / "fresh"));
+}
+
+TEST_F(ComposeCommandTest, WhateverEndsItIsReported) {
+    request("A.pdf", tests::TestPDF("a", 1).writeTo(folder / "a.pdf"));
+    EXPECT_EQ(run([]() { throw std::runtime_error("the sky fell"); }), exit_status::notWritten);
+    EXPECT_EQ(report["error"], "the sky fell");
+    EXPECT_EQ(report["status"], exit_status::notWritten);
+    EXPECT_THAT(troubles.str(), HasSubstr("The program cannot go on: the sky fell\n"));
 }
 
 } // namespace

@@ -107,7 +107,13 @@ TEST_F(ConvertTest, ACommandLineWithoutSenseWritesNothing) {
     EXPECT_EQ(run({"convert"}).status, 2);
     const ProgramResult result = run(converting({"notes.txt", "other/notes.rtf"}));
     EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr("notes.pdf already exists.\n"));
     EXPECT_THAT(result.errors, HasSubstr("More than one file would become notes.pdf."));
+    const auto report =
+        reportIn(run(converting({"--json", "notes.txt", "--keep-going", "other/notes.rtf"})));
+    EXPECT_EQ(report["error"], "notes.pdf already exists.");
+    EXPECT_EQ(report["status"], 2);
+    EXPECT_FALSE(report.contains("notices")) << "that is how compose reports";
     EXPECT_EQ(run(converting({"--group", "notes.txt"})).status, 2);
     EXPECT_FALSE(fs::exists(out));
     EXPECT_THAT(run({"convert", "--help"}).output, HasSubstr("letter.docx becomes letter.pdf"));
