@@ -23,7 +23,8 @@ public:
         std::filesystem::path cacheFolder;  ///< takes the PDFs
         bool keepsPageSetup = false;        ///< whether text documents keep their own pages
         bool allowsRemote = false;          ///< whether web pages may fetch from other machines
-        /// Told what people should know about a file that was converted. Any thread.
+        /// Told what people should know about a file that was converted, with the name of the
+        /// file. Any thread.
         std::function<void(const std::string& notice)> tell;
     };
 

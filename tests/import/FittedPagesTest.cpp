@@ -126,6 +126,14 @@ TEST_F(FittedPagesTest, TurnedTextInARowOfAFixedHeightIsNotLost) {
     }
 }
 
+TEST_F(FittedPagesTest, TurnedTextInARowWithoutAHeightIsNotLost) {
+    const std::string first = words("a", 12);
+    const std::string second = words("b", 12);
+    const std::string text =
+        converted(file("a.rtf", wideDocument(row("", R"(\cltxbtlr)", first, second) + "end")));
+    EXPECT_THAT(missing(text, first + second + "end"), testing::IsEmpty());
+}
+
 TEST_F(FittedPagesTest, PicturesBecomeAsSmallAsTheTextArea) {
     static_cast<void>(converted(file("a.rtf", wideDocument(picture(14000, 3000)))));
     auto seen = pictures("a.rtf");

@@ -115,16 +115,21 @@ bool OfficeServer::isAlive() {
     return ::waitpid(m_process, &m_waitStatus, WNOHANG) == 0;
 }
 
-void OfficeServer::loadPart(const Reference<XComponentContext>& engine) {
-    const Reference<XImplementationLoader> loader(
-        engine->getServiceManager()->createInstanceWithContext("com.sun.star.loader.SharedLibrary",
-                                                               engine),
-        UNO_QUERY_THROW);
-    const Reference<XSingleComponentFactory> factory(
-        loader->activate(rtl::OUString::createFromAscii(partName), {}, fileURL(m_part.string()),
-                         {}),
-        UNO_QUERY_THROW);
-    m_conversion.set(factory->createInstanceWithContext(engine), UNO_QUERY);
+bool OfficeServer::loadPart(const Reference<XComponentContext>& engine) {
+    try {
+        const Reference<XImplementationLoader> loader(
+            engine->getServiceManager()->createInstanceWithContext(
+                "com.sun.star.loader.SharedLibrary", engine),
+            UNO_QUERY_THROW);
+        const Reference<XSingleComponentFactory> factory(
+            loader->activate(rtl::OUString::createFromAscii(partName), {}, fileURL(m_part.string()),
+                             {}),
+            UNO_QUERY_THROW);
+        m_conversion.set(factory->createInstanceWithContext(engine), UNO_QUERY);
+    } catch (const Exception&) {
+        m_conversion.clear(); // the library is not there, or the engine not any more
+    }
+    return m_conversion.is();
 }
 
 std::string OfficeServer::start(std::chrono::steady_clock::time_point deadline) {
@@ -145,14 +150,18 @@ std::string OfficeServer::start(std::chrono::steady_clock::time_point deadline) 
             return std::string("it cannot be started: ") + std::strerror(error);
         }
         do {
+            Reference<XComponentContext> engine;
             try {
-                const Reference<XComponentContext> engine(resolver->resolve(address), UNO_QUERY);
-                if (engine.is()) {
-                    loadPart(engine);
-                    return m_conversion.is() ? "" : "it does not load " + m_part.string();
-                }
+                engine.set(resolver->resolve(address), UNO_QUERY);
             } catch (const Exception&) {
                 // It does not listen yet.
+                engine.clear();
+            }
+            if (engine.is() && loadPart(engine)) {
+                return {};
+            }
+            if (engine.is() && isAlive()) {
+                return "it does not load " + m_part.string();
             }
             if (std::chrono::steady_clock::now() > deadline) {
                 return "it does not answer";

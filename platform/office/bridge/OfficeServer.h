@@ -39,8 +39,8 @@ private:
     /// Waits a moment; false when the engine has ended meanwhile.
     [[nodiscard]] bool isAlive();
 
-    /// Lets the engine load our part.
-    void
+    /// Lets the engine load our part; false when it does not.
+    bool
     loadPart(const com::sun::star::uno::Reference<com::sun::star::uno::XComponentContext>& engine);
 
     std::filesystem::path m_folder;

@@ -17,11 +17,12 @@
 #include <com/sun/star/text/TextContentAnchorType.hpp>
 #include <com/sun/star/text/VertOrientation.hpp>
 #include <com/sun/star/text/WritingMode2.hpp>
+#include <com/sun/star/text/XText.hpp>
 #include <com/sun/star/text/XTextColumns.hpp>
 #include <com/sun/star/text/XTextContent.hpp>
 #include <com/sun/star/text/XTextTablesSupplier.hpp>
 #include <com/sun/star/uno/Sequence.hxx>
-#include <set>
+#include <map>
 
 namespace quillorn::office {
 
@@ -39,6 +40,11 @@ constexpr int mostNestedTables = 4;
 
 /// What a row that fills the text leaves free, for borders.
 constexpr sal_Int32 rowSlack = 500;
+
+/// A row without a height of its own, whose text is turned, would have none. It becomes as high as
+/// its longest line at this width of a letter, which few letters reach on average.
+constexpr double letterWidth = 250;
+constexpr sal_Int32 fewestLetters = 4;
 
 /// A column or a cell is no narrower than this, whatever its document says: 5 mm.
 constexpr sal_Int32 leastWidth = 500;
@@ -87,6 +93,18 @@ CellPlace placeOf(const rtl::OUString& name) {
     return place;
 }
 
+/// In letters.
+sal_Int32 longestLine(const rtl::OUString& text) {
+    sal_Int32 longest = 0;
+    for (sal_Int32 start = 0; start < text.getLength();) {
+        const sal_Int32 found = text.indexOf('\n', start);
+        const sal_Int32 end = found < 0 ? text.getLength() : found;
+        longest = std::max(longest, end - start);
+        start = end + 1;
+    }
+    return longest;
+}
+
 } // namespace
 
 bool ContentFitter::fit() {
@@ -117,7 +135,7 @@ bool ContentFitter::fitTable(const Reference<css::text::XTextTable>& table) {
             set(properties, "HoriOrient", sal_Int16(css::text::HoriOrientation::FULL));
         }
     }
-    const std::set<sal_Int32> turned = turnedRows(table);
+    const std::map<sal_Int32, sal_Int32> turned = turnedRows(table);
     const Reference<css::table::XTableRows> rows = table->getRows();
     const sal_Int32 count = rows->getCount();
     for (sal_Int32 i = 0; i < count; ++i) {
@@ -125,11 +143,14 @@ bool ContentFitter::fitTable(const Reference<css::text::XTextTable>& table) {
             return false;
         }
         const Properties row(rows->getByIndex(i), UNO_QUERY_THROW);
-        if (valueOf<sal_Int16>(row, "SizeType") == css::text::SizeType::VARIABLE) {
+        const bool isFree = valueOf<sal_Int16>(row, "SizeType") == css::text::SizeType::VARIABLE;
+        const auto place = turned.find(i);
+        if (isFree && place == turned.end()) {
             continue;
         }
-        if (turned.contains(i)) {
-            const double wanted = valueOf<sal_Int32>(row, "Height") * m_pages.narrowing;
+        if (place != turned.end()) {
+            const double wanted = isFree ? place->second * letterWidth
+                                         : valueOf<sal_Int32>(row, "Height") * m_pages.narrowing;
             const double most = m_pages.text.height - rowSlack;
             set(row, "Height", static_cast<sal_Int32>(std::min(wanted, most)));
         }
@@ -138,8 +159,9 @@ bool ContentFitter::fitTable(const Reference<css::text::XTextTable>& table) {
     return true;
 }
 
-std::set<sal_Int32> ContentFitter::turnedRows(const Reference<css::text::XTextTable>& table) const {
-    std::set<sal_Int32> rows;
+std::map<sal_Int32, sal_Int32>
+ContentFitter::turnedRows(const Reference<css::text::XTextTable>& table) const {
+    std::map<sal_Int32, sal_Int32> rows;
     for (const rtl::OUString& name : table->getCellNames()) {
         const Properties cell(table->getCellByName(name), UNO_QUERY);
         if (isLate() || !cell.is()) {
@@ -148,7 +170,9 @@ std::set<sal_Int32> ContentFitter::turnedRows(const Reference<css::text::XTextTa
         const auto mode = valueOf<sal_Int16>(cell, "WritingMode");
         if (mode != css::text::WritingMode2::LR_TB && mode != css::text::WritingMode2::RL_TB &&
             mode != css::text::WritingMode2::PAGE && mode != css::text::WritingMode2::CONTEXT) {
-            rows.insert(placeOf(name).row);
+            const Reference<css::text::XText> text(cell, UNO_QUERY_THROW);
+            sal_Int32& longest = rows[placeOf(name).row];
+            longest = std::max({longest, longestLine(text->getString()), fewestLetters});
         }
     }
     return rows;

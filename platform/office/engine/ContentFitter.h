@@ -7,16 +7,16 @@
 #include <com/sun/star/text/XTextRange.hpp>
 #include <com/sun/star/text/XTextTable.hpp>
 #include <com/sun/star/uno/Reference.hxx>
-#include <set>
+#include <map>
 
 namespace quillorn::office {
 
 /// Makes the content of a text document fit pages that it was not made for: whatever was right on
 /// its own paper may be cut on ours. Rows of a fixed height grow with their text, since a table
 /// that became narrower needs higher rows; rows with turned text, which never grow, become as much
-/// higher as the text became narrower. Tables, pictures and frames that are wider than the text,
-/// the column or the cell that they stand in become as wide as that, pictures in proportion, and
-/// what stands beyond the edge of the paper moves onto it.
+/// higher as the text became narrower, or as high as a line of it is long. Tables, pictures and
+/// frames that are wider than the text, the column or the cell that they stand in become as wide as
+/// that, pictures in proportion, and what stands beyond the edge of the paper moves onto it.
 ///
 /// The engine lays nothing out meanwhile (the caller has locked it). There is a deadline all the
 /// same: a document that is not through by then is better refused than printed with parts missing.
@@ -47,8 +47,9 @@ private:
 
     bool fitTables();
     bool fitTable(const com::sun::star::uno::Reference<com::sun::star::text::XTextTable>& table);
-    /// The rows, counted from 0, in which some cell's text is turned.
-    std::set<sal_Int32>
+    /// The rows, counted from 0, in which some cell's text is turned, and how many letters the
+    /// longest line of that has.
+    std::map<sal_Int32, sal_Int32>
     turnedRows(const com::sun::star::uno::Reference<com::sun::star::text::XTextTable>& table) const;
     bool fitShapes();
     void
