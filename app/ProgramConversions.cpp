@@ -4,6 +4,7 @@
 #include "import/ImageConverter.h"
 #include "import/WordConverter.h"
 #include "platform/imaging/ImageReader.h"
+#include "platform/ui/CacheFolder.h"
 
 #include <utility>
 
@@ -28,6 +29,7 @@ ImportResult<HTMLConverter*> ProgramConversions::htmlConverter(const std::string
 
 ImportResult<std::string> ProgramConversions::image2PDF(const std::string& path,
                                                         const std::stop_token& stop) {
+    ensureCacheFolder(m_options.cacheFolder.string());
     const ImageConverter converter(ImageReader(m_options.workerFolder), m_options.cacheFolder);
     return converter.image2PDF(path, stop);
 }
@@ -39,12 +41,14 @@ ImportResult<std::string> ProgramConversions::html2PDF(const std::string& path,
     if (!html) {
         return tl::unexpected(html.error());
     }
+    ensureCacheFolder(m_options.cacheFolder.string());
     return (*html)->html2PDF(path, stop);
 }
 
 ImportResult<std::string> ProgramConversions::rtf2PDF(const std::string& path,
                                                       const std::stop_token& stop) {
     const std::lock_guard lock(m_textsMutex);
+    ensureCacheFolder(m_options.cacheFolder.string());
     auto converted = m_texts.rtf2PDF(path, stop);
     if (!converted) {
         return tl::unexpected(std::move(converted.error()));
@@ -64,6 +68,7 @@ ImportResult<std::string> ProgramConversions::doc2PDF(const std::string& path,
     if (!html) {
         return tl::unexpected(html.error());
     }
+    ensureCacheFolder(m_options.cacheFolder.string());
     return WordConverter(**html, {m_options.cacheFolder}).doc2PDF(path, stop);
 }
 
