@@ -3,6 +3,7 @@
 #include "app/WebConversion.h"
 #include "import/ImageConverter.h"
 #include "import/WordConverter.h"
+#include "model/FileNames.h"
 #include "platform/imaging/ImageReader.h"
 #include "platform/ui/CacheFolder.h"
 
@@ -55,7 +56,7 @@ ImportResult<std::string> ProgramConversions::rtf2PDF(const std::string& path,
     }
     for (const std::string& notice : converted->notices) {
         if (m_options.tell) {
-            m_options.tell(notice);
+            m_options.tell(lastPathComponent(path) + ": " + notice);
         }
     }
     return std::move(converted->pdf);
