@@ -8,6 +8,7 @@
 #include <QPalette>
 #include <QResizeEvent>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace quillorn {
 
@@ -114,9 +115,13 @@ void PaneView::resizeEvent(QResizeEvent* event) {
 
 void PaneView::showSummary() {
     // Whole, or not at all: half a number says something else.
-    const int needed = m_summary->fontMetrics().horizontalAdvance(m_summaryText) +
-                       m_title->sizeHint().width() + leastSliderWidth + 6 * headingMargin;
-    m_summary->setText(needed <= width() ? m_summaryText : QString());
+    const int text = m_summary->fontMetrics().horizontalAdvance(m_summaryText);
+    const int rest = width() - m_title->sizeHint().width() - text - 7 * headingMargin;
+    const bool hasRoom = rest >= leastSliderWidth;
+    m_summary->setText(hasRoom ? m_summaryText : QString());
+    m_summary->setVisible(hasRoom && !m_summaryText.isEmpty()); // or it would take some room empty
+    // What is left goes to the slider, which otherwise would take its share of the text's room.
+    m_slider->setMaximumWidth(hasRoom ? std::min(rest, sliderWidth) : sliderWidth);
 }
 
 } // namespace quillorn

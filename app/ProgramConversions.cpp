@@ -5,12 +5,16 @@
 #include "import/WordConverter.h"
 #include "model/FileNames.h"
 #include "platform/imaging/ImageReader.h"
+#include "platform/ui/CacheFolder.h"
 
 #include <utility>
 
 namespace quillorn {
 
 namespace {
+
+constexpr const char* webEngine = "web";
+constexpr const char* textEngines = "texts";
 
 tl::unexpected<ImportRefusal> cancelled(const std::string& path) {
     return tl::unexpected(ImportRefusal::make(ImportRefusal::Kind::notLegal, path, "cancelled"));
@@ -37,29 +41,32 @@ ImportResult<HTMLConverter*> ProgramConversions::htmlConverter(const std::string
 
 ImportResult<std::string> ProgramConversions::image2PDF(const std::string& path,
                                                         const std::stop_token& stop) {
+    ensureCacheFolder(m_options.cacheFolder.string());
     const ImageConverter converter(ImageReader(m_options.workerFolder), m_options.cacheFolder);
     return converter.image2PDF(path, stop);
 }
 
 ImportResult<std::string> ProgramConversions::html2PDF(const std::string& path,
                                                        const std::stop_token& stop) {
-    const TurnHolder turn(m_htmlTurn, stop);
-    if (!turn.isHeld()) {
+    const NameTurns::Turn turn(m_turns, webEngine, stop);
+    if (!turn.hasCome()) {
         return cancelled(path);
     }
     const auto html = htmlConverter(path);
     if (!html) {
         return tl::unexpected(html.error());
     }
+    ensureCacheFolder(m_options.cacheFolder.string());
     return (*html)->html2PDF(path, stop);
 }
 
 ImportResult<std::string> ProgramConversions::rtf2PDF(const std::string& path,
                                                       const std::stop_token& stop) {
-    const TurnHolder turn(m_textsTurn, stop);
-    if (!turn.isHeld()) {
+    const NameTurns::Turn turn(m_turns, textEngines, stop);
+    if (!turn.hasCome()) {
         return cancelled(path);
     }
+    ensureCacheFolder(m_options.cacheFolder.string());
     auto converted = m_texts.rtf2PDF(path, stop);
     if (!converted) {
         return tl::unexpected(std::move(converted.error()));
@@ -74,14 +81,15 @@ ImportResult<std::string> ProgramConversions::rtf2PDF(const std::string& path,
 
 ImportResult<std::string> ProgramConversions::doc2PDF(const std::string& path,
                                                       const std::stop_token& stop) {
-    const TurnHolder turn(m_htmlTurn, stop);
-    if (!turn.isHeld()) {
+    const NameTurns::Turn turn(m_turns, webEngine, stop);
+    if (!turn.hasCome()) {
         return cancelled(path);
     }
     const auto html = htmlConverter(path);
     if (!html) {
         return tl::unexpected(html.error());
     }
+    ensureCacheFolder(m_options.cacheFolder.string());
     return WordConverter(**html, {m_options.cacheFolder}).doc2PDF(path, stop);
 }
 

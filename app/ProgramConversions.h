@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/Turn.h"
 #include "import/DocumentConversions.h"
 #include "import/HTMLConverter.h"
+#include "import/NameTurns.h"
 #include "import/RtfToPDF.h"
 
 #include <filesystem>
@@ -44,9 +44,8 @@ private:
     [[nodiscard]] ImportResult<HTMLConverter*> htmlConverter(const std::string& path);
 
     Options m_options;
-    Turn m_htmlTurn; ///< of using m_html and its engine
-    std::unique_ptr<HTMLConverter> m_html;
-    Turn m_textsTurn; ///< of using m_texts and its engines
+    NameTurns m_turns;                     ///< of using each of these, with its engines
+    std::unique_ptr<HTMLConverter> m_html; ///< opened by the first page
     TextDocumentConverter m_texts;
 };
 

@@ -74,6 +74,7 @@ void ImageViewSec::getGroupName(const std::string& name) {
     }
     m_addPDFFileName.push_back(name);
     // The working file gives the placeholder its blank page. A group can do without.
+    ensureCacheFolder(workingFolder());
     const std::string path = workingFile(name);
     const auto written = PDFDocument().writeToFile(path);
     auto opened = PDFDocument::open(path);

@@ -1,6 +1,7 @@
 #include "composer/ImageViewSec.h"
 
 #include "model/FileNames.h"
+#include "platform/ui/CacheFolder.h"
 
 #include <algorithm>
 #include <iterator>
@@ -303,6 +304,7 @@ void ImageViewSec::writeScratchFile(const PageItems& items) {
     for (const auto& page : pagesOf(items)) {
         pages.push_back(page->reference());
     }
+    ensureCacheFolder(workingFolder());
     const std::string path = joinedPath(workingFolder(), "rotate.pdf");
     PDFResult<PDFWriteReport> written;
     const bool finished = m_services.longWork.run(

@@ -98,7 +98,12 @@ Seen JourneyFixture::waitForNode(const std::string& window, const std::string& r
     const auto find = [&](const Sight& sight) { return sight.find(window, role, name, list); };
     const std::string what = role + " " + name + " in " + window + " " + list;
     if (list.empty()) {
-        return *find(waitFor(what, [&](const Sight& sight) { return find(sight).has_value(); }));
+        // A window that has the keys is on the screen, and what rests has its place there.
+        std::optional<Seen> before;
+        return *find(waitFor(what, [&](const Sight& sight) {
+            const auto earlier = std::exchange(before, find(sight));
+            return before && earlier && before->isActive && before->middle() == earlier->middle();
+        }));
     }
     // What belongs to a pane may have to be scrolled to, and rest before it can be clicked.
     std::optional<Seen> before;
@@ -254,9 +259,10 @@ std::string JourneyFixture::dropFiles(const Texts& paths, const std::string& lis
         return sight && !sight->nodes.empty() ? std::optional(sight->nodes.front()) : std::nullopt;
     };
     std::optional<Seen> shown;
+    // A window that has the keys is on the screen, and one that rests has its place.
     if (!waitUntil([&]() {
-            shown = label();
-            return shown && shown->width > 0;
+            const auto before = std::exchange(shown, label());
+            return shown && before && shown->isActive && shown->middle() == before->middle();
         })) {
         throw std::runtime_error("there is nothing to drag from");
     }
