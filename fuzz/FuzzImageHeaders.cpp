@@ -124,10 +124,15 @@ void readAnswer(std::span<const char> bytes) {
         !writeAll(file, "answer", bytes)) {
         fail("no place for the input");
     }
-    const auto answer = readWorkerReply(file, smallLimits());
-    if (answer && answer->image && std::holds_alternative<PackedImage>(*answer->image)) {
-        const auto& image = std::get<PackedImage>(*answer->image);
-        check(smallLimits().allowSize(image.width, image.height), "sizes are within the limits");
+    for (const ImageFormat asked : {ImageFormat::png, ImageFormat::svg}) {
+        const auto answer = readWorkerReply(file, asked, smallLimits());
+        if (!answer || !answer->image) {
+            continue;
+        }
+        const auto* const image = std::get_if<PackedImage>(&*answer->image);
+        check((image == nullptr) == (asked == ImageFormat::svg), "an answer is what was asked for");
+        check(image == nullptr || smallLimits().allowSize(image->width, image->height),
+              "sizes are within the limits");
     }
 }
 

@@ -57,6 +57,12 @@ TEST_F(WorkerProcessTest, WaitingForEverEnds) {
     EXPECT_EQ(answer.image.error().reason, "reading it takes too long");
 }
 
+TEST_F(WorkerProcessTest, PretendingToBeGoneIsARefusal) {
+    const WorkerAnswer answer = run(ImageFormat::jpeg2000);
+    ASSERT_FALSE(answer.image);
+    EXPECT_EQ(answer.image.error().kind, Kind::notImage);
+}
+
 TEST_F(WorkerProcessTest, AStopRequestEndsIt) {
     std::stop_source stop;
     job.stop = stop.get_token();
@@ -93,9 +99,10 @@ TEST_F(WorkerProcessTest, AnswersThatAreTooLongAreNotTaken) {
 }
 
 TEST_F(WorkerProcessTest, AnswersThatMakeNoSenseAreNotTaken) {
-    for (const ImageFormat format : {ImageFormat::psd, ImageFormat::tga}) {
+    for (const ImageFormat format : {ImageFormat::psd, ImageFormat::tga, ImageFormat::heif,
+                                     ImageFormat::svg, ImageFormat::icns}) {
         const WorkerAnswer answer = run(format);
-        ASSERT_FALSE(answer.image);
+        ASSERT_FALSE(answer.image) << imageFormatName(format);
         EXPECT_EQ(answer.image.error().reason,
                   "the reader of images failed: its answer makes no sense");
     }
