@@ -6,6 +6,8 @@
 #include "platform/imaging/SmallHeaders.h"
 #include "platform/imaging/TIFFHeader.h"
 #include "platform/imaging/WorkerReply.h"
+#include "platform/imaging/worker/DrawingFrame.h"
+#include "platform/imaging/worker/DrawingText.h"
 #include "platform/imaging/worker/TGADecoder.h"
 
 #include <cstddef>
@@ -111,6 +113,24 @@ void readOthers(std::span<const char> bytes) {
     }
 }
 
+void readDrawing(std::span<const char> bytes) {
+    constexpr std::uint64_t limit = 1U << 16U;
+    const auto text = worker::readDrawingText(bytes, limit);
+    if (!text) {
+        check(!text.error().empty(), "a refusal has a reason");
+        return;
+    }
+    check(text->size() <= limit, "a drawing's text is bounded");
+    // Behind a document type nothing is declared.
+    check(!text->starts_with("<!DOCTYPE") && !text->starts_with("<?"), "only elements are left");
+    const worker::DrawingFrame frame = worker::readDrawingFrame(*text);
+    check(frame.width >= 0 && frame.height >= 0, "a size is none below zero");
+    check(frame.width == 0 || frame.viewBox, "what has a size has a view box");
+    if (frame.viewBox) {
+        check(frame.viewBox->width > 0 && frame.viewBox->height > 0, "a view box has a size");
+    }
+}
+
 ImageLimits smallLimits() {
     ImageLimits limits;
     limits.pixels = 1U << 16U;
@@ -124,10 +144,15 @@ void readAnswer(std::span<const char> bytes) {
         !writeAll(file, "answer", bytes)) {
         fail("no place for the input");
     }
-    const auto answer = readWorkerReply(file, smallLimits());
-    if (answer && answer->image && std::holds_alternative<PackedImage>(*answer->image)) {
-        const auto& image = std::get<PackedImage>(*answer->image);
-        check(smallLimits().allowSize(image.width, image.height), "sizes are within the limits");
+    for (const ImageFormat asked : {ImageFormat::png, ImageFormat::svg}) {
+        const auto answer = readWorkerReply(file, asked, smallLimits());
+        if (!answer || !answer->image) {
+            continue;
+        }
+        const auto* const image = std::get_if<PackedImage>(&*answer->image);
+        check((image == nullptr) == (asked == ImageFormat::svg), "an answer is what was asked for");
+        check(image == nullptr || smallLimits().allowSize(image->width, image->height),
+              "sizes are within the limits");
     }
 }
 
@@ -145,6 +170,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     readJPEG2000(bytes);
     readPNG(bytes);
     readOthers(bytes);
+    readDrawing(bytes);
     readAnswer(bytes);
     decode(bytes);
     return 0;

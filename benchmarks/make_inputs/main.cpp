@@ -7,9 +7,11 @@
 
 #include "Manual.h"
 #include "PdfFile.h"
+#include "Photo.h"
 #include "PlainPages.h"
 #include "Scans.h"
 
+#include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -47,6 +49,12 @@ Input plain(int pages) {
             [pages](const Path& path) { bench::writePlainPages(path, pages); }};
 }
 
+Input photo(int number) {
+    return {"photo-" + std::to_string(number) + ".jpg", 1, "", [number](const Path& path) {
+                bench::writePhoto(path, static_cast<std::uint64_t>(number) + 40);
+            }};
+}
+
 std::vector<Input> inputs() {
     using bench::PdfLayout;
     using bench::ResourcePlace;
@@ -74,6 +82,10 @@ std::vector<Input> inputs() {
         scans("scans-1.pdf", true, 42, 21),
         scans("scans-2.pdf", false, 42, 22),
         scans("scans-3.pdf", true, 42, 23),
+        photo(1),
+        photo(2),
+        photo(3),
+        photo(4),
         plain(1000),
         plain(5000),
         plain(10000),

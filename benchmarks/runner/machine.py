@@ -16,6 +16,9 @@ VERSIONS = {
     "pdftk": ["pdftk", "--version"],
     "pdfarranger": ["dpkg-query", "-W", "-f", "PDF Arranger ${Version}", "pdfarranger"],
     "cp": ["cp", "--version"],
+    "img2pdf": ["img2pdf", "--version"],
+    "chromium-headless-shell": ["chromium-headless-shell", "--version"],
+    "soffice": ["soffice", "--version"],
 }
 
 

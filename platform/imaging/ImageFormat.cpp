@@ -7,6 +7,7 @@
 #include <array>
 #include <cctype>
 #include <cstddef>
+#include <string>
 #include <utility>
 
 namespace quillorn {
@@ -81,9 +82,27 @@ std::optional<ImageFormat> brandedFormat(ByteView head) {
     return isHEIF ? std::optional(ImageFormat::heif) : std::nullopt;
 }
 
+/// Text as bytes, also where its letters take two.
+std::string narrowed(std::span<const char> head) {
+    std::string text(head.data(), head.size());
+    const bool isBigEndian = text.starts_with("\xFE\xFF"sv) || text.starts_with("\0<"sv);
+    const bool isLittleEndian = text.starts_with("\xFF\xFE"sv) || text.starts_with("<\0"sv);
+    if (!isBigEndian && !isLittleEndian) {
+        return text;
+    }
+    std::string letters;
+    for (std::size_t i = isBigEndian ? 1 : 0; i < text.size(); i += 2) {
+        letters += text[i];
+    }
+    constexpr std::string_view halves = "\xFE\xFF"; // one half of a byte order mark
+    letters.erase(0, !letters.empty() && halves.find(letters.front()) != halves.npos ? 1 : 0);
+    return letters;
+}
+
 /// Text whose first element is <svg>; a declaration, comments and a document type may precede it.
 bool isSVG(std::span<const char> head, std::string_view extension) {
-    std::string_view text(head.data(), head.size());
+    const std::string narrow = narrowed(head);
+    std::string_view text = narrow;
     if (text.starts_with("\xEF\xBB\xBF")) {
         text.remove_prefix(3);
     }
@@ -136,7 +155,9 @@ std::optional<ImageFormat> recogniseImage(std::span<const char> head, std::strin
     if (const auto branded = brandedFormat(view)) {
         return branded;
     }
-    if (isSVG(head, extension) || (isCalled(extension, "svgz") && view.startsWith("\x1F\x8B"))) {
+    const bool isPacked = view.startsWith("\x1F\x8B");
+    if (isSVG(head, extension) ||
+        (isPacked && (isCalled(extension, "svgz") || isCalled(extension, "svg")))) {
         return ImageFormat::svg;
     }
     return std::nullopt;

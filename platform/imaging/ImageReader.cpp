@@ -277,8 +277,11 @@ ImageResult<ReadImage> ImageReader::decode(ImageFormat format, const ImageFacts&
         std::ranges::reverse(workers);
     }
     const auto runWorker = [&](std::string_view program) {
-        return runImageWorker(file.descriptor, WorkerJob{m_workerFolder / program, format, m_limits,
-                                                         file.stop, file.path});
+        const bool isDrawing = format == ImageFormat::svg;
+        return runImageWorker(file.descriptor,
+                              WorkerJob{m_workerFolder / program, format,
+                                        isDrawing ? m_limits.forDrawing() : m_limits, file.stop,
+                                        file.path});
     };
     WorkerAnswer answer = runWorker(workers.front());
     if (!answer.image && answer.mayOthers && format != ImageFormat::svg) {

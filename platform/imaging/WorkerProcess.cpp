@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstdint>
 #include <fcntl.h>
+#include <optional>
 #include <poll.h>
 #include <string>
 #include <sys/mman.h>
@@ -28,6 +29,10 @@ using Kind = ImageError::Kind;
 /// How long a stop request may go unnoticed: nothing wakes a wait when a token is asked to stop,
 /// because the program's own token is asked from within a signal handler.
 constexpr std::chrono::milliseconds stopInterval{50};
+
+/// How long the end of a process may take once its descriptors are closed, which is the last thing
+/// that the kernel does for it.
+constexpr std::chrono::milliseconds endInterval{2'000};
 
 WorkerAnswer failed(const WorkerJob& job, Kind kind, std::string reason, bool mayOthers = false) {
     return {tl::unexpected(ImageError{kind, job.file, std::move(reason)}), mayOthers};
@@ -71,7 +76,7 @@ std::string howItEnded(int status) {
 }
 
 WorkerAnswer answerIn(const FileDescriptor& output, const WorkerJob& job) {
-    auto reply = readWorkerReply(output, job.limits);
+    auto reply = readWorkerReply(output, job.format, job.limits);
     if (!reply) {
         return failed(job, Kind::notImage, "the reader of images failed: " + reply.error());
     }
@@ -117,7 +122,12 @@ WorkerAnswer runImageWorker(const FileDescriptor& input, const WorkerJob& job) {
     case Waited::ended:
         break;
     }
-    const int status = child.wait();
+    // One that was taken over may have closed its end and go on.
+    const std::optional<int> ended = child.waitShortly(endInterval);
+    if (!ended) {
+        return failed(job, Kind::notImage, "the reader of images failed over it", true);
+    }
+    const int status = *ended;
     if (job.stop.stop_requested()) { // the terminal's interrupt reaches the worker as well
         return failed(job, Kind::cancelled, "cancelled");
     }

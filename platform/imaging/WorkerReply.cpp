@@ -19,22 +19,34 @@ using worker::ReplyKind;
 constexpr std::uint64_t longestText = 1000;
 constexpr std::uint64_t largestPalette = std::uint64_t{3} * 256;
 constexpr std::uint64_t largestProfile = 16U << 20U;
-constexpr double longestDrawing = 1e6; // points
+constexpr double shortestDrawing = 1e-3; // points
+constexpr double longestDrawing = 1e6;   // points
 
 bool isAllowedDepth(std::uint32_t bits) {
     return bits == 1 || bits == 2 || bits == 4 || bits == 8 || bits == 16;
 }
 
-bool isSoundPlane(const PlaneReply& plane, bool isAlpha) {
+/// What does not get smaller by packing gets this much larger at most, with room to spare.
+std::uint64_t mostPackedBytes(const Reply& reply, const PlaneReply& plane) {
+    constexpr std::uint64_t overhead = 4096;
+    constexpr std::uint64_t share = 64;
+    const std::uint64_t bits =
+        std::uint64_t{reply.width} * plane.components * plane.bitsPerComponent;
+    const std::uint64_t rows = reply.height * (1 + (bits + 7) / 8);
+    return rows + rows / share + overhead;
+}
+
+bool isSoundPlane(const Reply& reply, const PlaneReply& plane, bool isAlpha) {
     const bool isFax = plane.coding == static_cast<std::uint32_t>(PackedPlane::Coding::group4);
     const bool isRows = plane.coding == static_cast<std::uint32_t>(PackedPlane::Coding::pngRows);
     const bool hasColours =
         plane.components == 1 || (!isAlpha && (plane.components == 3 || plane.components == 4));
-    return plane.bytes > 0 && isAllowedDepth(plane.bitsPerComponent) && hasColours &&
+    return plane.bytes > 0 && plane.bytes <= mostPackedBytes(reply, plane) &&
+           isAllowedDepth(plane.bitsPerComponent) && hasColours &&
            (isRows || (isFax && plane.components == 1 && plane.bitsPerComponent == 1));
 }
 
-bool isSound(const Reply& reply, std::uint64_t size, const ImageLimits& limits) {
+bool isSound(const Reply& reply, std::uint64_t size, ImageFormat asked, const ImageLimits& limits) {
     // Each part is bounded by the whole first, so that their sum cannot overflow.
     for (const std::uint64_t part : {reply.textBytes, reply.paletteBytes, reply.profileBytes,
                                      reply.drawingBytes, reply.colours.bytes, reply.alpha.bytes}) {
@@ -49,14 +61,16 @@ bool isSound(const Reply& reply, std::uint64_t size, const ImageLimits& limits) 
     }
     switch (reply.kind) {
     case ReplyKind::pixels:
-        return limits.allowSize(reply.width, reply.height) && isSoundPlane(reply.colours, false) &&
-               (reply.alpha.bytes == 0 || isSoundPlane(reply.alpha, true)) &&
+        return asked != ImageFormat::svg && limits.allowSize(reply.width, reply.height) &&
+               isSoundPlane(reply, reply.colours, false) &&
+               (reply.alpha.bytes == 0 || isSoundPlane(reply, reply.alpha, true)) &&
                reply.paletteBytes <= largestPalette && reply.paletteBytes % 3 == 0 &&
                (reply.paletteBytes == 0 ||
                 (reply.colours.components == 1 && reply.colours.bitsPerComponent <= 8)) &&
                reply.profileBytes <= largestProfile;
     case ReplyKind::drawing:
-        return reply.drawingBytes > 0 && reply.drawingWidth > 0 && reply.drawingHeight > 0 &&
+        return asked == ImageFormat::svg && reply.drawingBytes > 0 &&
+               reply.drawingWidth >= shortestDrawing && reply.drawingHeight >= shortestDrawing &&
                reply.drawingWidth <= longestDrawing && reply.drawingHeight <= longestDrawing;
     case ReplyKind::refused:
     case ReplyKind::notMine:
@@ -120,8 +134,8 @@ std::string printableLine(const std::vector<char>& text) {
 
 } // namespace
 
-tl::expected<WorkerReply, std::string> readWorkerReply(const FileDescriptor& output,
-                                                       const ImageLimits& limits) {
+tl::expected<WorkerReply, std::string>
+readWorkerReply(const FileDescriptor& output, ImageFormat asked, const ImageLimits& limits) {
     const auto stamp = FileStamp::of(output, "the worker's answer");
     if (!stamp) {
         return tl::unexpected(stamp.error().reason);
@@ -130,7 +144,7 @@ tl::expected<WorkerReply, std::string> readWorkerReply(const FileDescriptor& out
     const auto got = readAt(output, "the worker's answer",
                             std::span(reinterpret_cast<char*>(&reply), sizeof reply), 0);
     if (!got || *got != sizeof reply || reply.mark != worker::replyMark ||
-        stamp->size > limits.workerOutput || !isSound(reply, stamp->size, limits)) {
+        stamp->size > limits.workerOutput || !isSound(reply, stamp->size, asked, limits)) {
         return tl::unexpected(std::string("its answer makes no sense"));
     }
     Parts parts(output, sizeof reply);

@@ -2,19 +2,19 @@
 
 #include "platform/files/ReplacementFile.h"
 #include "platform/pdf/DecodingBudget.h"
+#include "platform/pdf/DrawnPage.h"
 #include "platform/pdf/FilePipeline.h"
 #include "platform/pdf/PDFReader.h"
 
 #include <array>
 #include <cmath>
 #include <memory>
+#include <optional>
 #include <qpdf/Buffer.hh>
 #include <qpdf/Pl_Buffer.hh>
 #include <qpdf/Pl_Flate.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
-#include <qpdf/QPDFPageDocumentHelper.hh>
-#include <qpdf/QPDFPageObjectHelper.hh>
 #include <qpdf/QPDFWriter.hh>
 #include <qpdf/QUtil.hh>
 #include <string>
@@ -137,27 +137,16 @@ private:
     }
 
     std::string placedDrawing(const PDFDrawing& drawing, const PDFImagePage& page) {
-        m_source.setSuppressWarnings(true);
-        m_source.processMemoryFile("drawing", drawing.pdf.data(), drawing.pdf.size());
-        const auto pages = QPDFPageDocumentHelper(m_source).getAllPages();
-        if (pages.empty()) {
-            throw QPDFExc(qpdf_e_damaged_pdf, "drawing", "", 0, "it has no page");
-        }
-        QPDFPageObjectHelper first = pages.front();
-        const QPDFObjectHandle::Rectangle box = first.getMediaBox().getArrayAsRectangle();
-        const double width = box.urx - box.llx;
-        const double height = box.ury - box.lly;
-        if (!(width > 0) || !(height > 0)) {
-            throw QPDFExc(qpdf_e_damaged_pdf, "drawing", "", 0, "its page has no size");
-        }
-        m_shown = m_document.copyForeignObject(first.getFormXObjectForPage());
-        const double across = page.imageSize.width / width;
-        const double up = page.imageSize.height / height;
+        m_drawing.emplace(m_document, drawing.pdf);
+        m_shown = m_drawing->form();
+        const PDFBox& box = m_drawing->mediaBox();
+        const double across = page.imageSize.width / box.width();
+        const double up = page.imageSize.height / box.height();
         // More decimals: these are multiplied by the size of the drawing.
         constexpr int fine = 9;
         return QUtil::double_to_string(across, fine, true) + " 0 0 " +
-               QUtil::double_to_string(up, fine, true) + " " + number(-box.llx * across) + " " +
-               number(-box.lly * up);
+               QUtil::double_to_string(up, fine, true) + " " + number(-box.left * across) + " " +
+               number(-box.bottom * up);
     }
 
     QPDFObjectHandle stream(const std::shared_ptr<Buffer>& data, const QPDFObjectHandle& filter,
@@ -260,7 +249,7 @@ private:
         return QPDFObjectHandle::newArray({QPDFObjectHandle::newName("/ICCBased"), profile});
     }
 
-    QPDF m_source; ///< of a drawing; read from until the output is written
+    std::optional<DrawnPage> m_drawing; ///< read from until the output is written
     QPDF m_document;
     QPDFObjectHandle m_shown;
 };
@@ -276,8 +265,7 @@ PDFResult<void> writeImagePage(const PDFImagePage& page, const std::filesystem::
     const auto* drawing = std::get_if<PDFDrawing>(&page.content);
     const PDFError::Kind kind =
         drawing != nullptr ? PDFError::Kind::notPDF : PDFError::Kind::cannotWrite;
-    DecodingBudget budget =
-        DecodingBudget::forFilesOf(drawing != nullptr ? drawing->pdf.size() : 0);
+    DecodingBudget budget(0); // neither images nor drawings are unpacked
     auto written = guardLibrary(kind, target, budget, [&]() -> PDFResult<void> {
         ImageDocument document;
         document.add(page);

@@ -24,8 +24,9 @@ void limitResources(const ResourceLimits& limits);
 /// Fonts, their settings and caches, and the tables that tell which character a code stands for.
 [[nodiscard]] std::vector<std::string> fontFolders();
 
-/// Gives up for good what decoding does not need: starting programs, the network, other processes,
-/// and all files but those in `readable`, which are for reading. What is open already stays open.
+/// Gives up for good what decoding does not need: starting programs and processes (threads may be
+/// started), the network, signals to others, changing files, and all files but those in `readable`,
+/// which are for reading. What is open already stays open.
 /// What the running kernel does not offer is left out; the limits hold everywhere.
 void confine(const std::vector<std::string>& readable);
 

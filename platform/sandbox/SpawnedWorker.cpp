@@ -8,6 +8,7 @@
 #include <spawn.h>
 #include <string_view>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -134,6 +135,23 @@ int SpawnedWorker::wait() {
     }
     m_process = -1;
     return status;
+}
+
+std::optional<int> SpawnedWorker::waitShortly(std::chrono::milliseconds time) {
+    constexpr std::chrono::milliseconds interval{1};
+    const auto deadline = std::chrono::steady_clock::now() + time;
+    while (true) {
+        int status = 0;
+        const pid_t ended = ::waitpid(m_process, &status, WNOHANG);
+        if (ended == m_process) {
+            m_process = -1;
+            return status;
+        }
+        if ((ended < 0 && errno != EINTR) || std::chrono::steady_clock::now() >= deadline) {
+            return std::nullopt;
+        }
+        std::this_thread::sleep_for(interval);
+    }
 }
 
 void SpawnedWorker::end() {

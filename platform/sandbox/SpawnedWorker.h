@@ -2,7 +2,9 @@
 
 #include "platform/files/FileDescriptor.h"
 
+#include <chrono>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -36,6 +38,9 @@ public:
     [[nodiscard]] pid_t process() const { return m_process; }
     /// Waits for the end, and returns the status as waitpid gives it.
     int wait();
+    /// The same for one that is expected to end at any moment; nothing when it has not within this
+    /// time.
+    std::optional<int> waitShortly(std::chrono::milliseconds time);
 
 private:
     void end();

@@ -425,6 +425,122 @@ TEST_F(ImageConverterTest, ADrawingStaysADrawing) {
     EXPECT_LT(red / static_cast<double>(line.width), 230);
 }
 
+/// Red, with a blue square of 10 in its upper left corner; 100 x 50 in its own units.
+std::string drawingOf(const std::string& attributes) {
+    return "<svg xmlns='http://www.w3.org/2000/svg' " + attributes +
+           "><rect width='100' height='50' fill='#ff0000'/>"
+           "<rect width='10' height='10' fill='#0000ff'/></svg>";
+}
+
+TEST_F(ImageConverterTest, ADrawingIsAsLargeAsItSays) {
+    const std::string box = "viewBox='0 0 100 50' ";
+    const std::vector<std::pair<std::string, PDFSize>> cases = {
+        {"width='200' height='100' " + box, {200, 100}},
+        {"width='72pt' height='0.5in' " + box, {72, 36}},
+        {"width='254mm' " + box, {500, 250}},
+        {"width='100%' height='100%' " + box, {100, 50}},
+        {box, {100, 50}},
+        {"", {100, 50}}, // what it shows
+        {"height='20' " + box, {40, 20}},
+        {"width='4000' height='2000' " + box, {500, 250}},
+    };
+    for (const auto& [attributes, size] : cases) {
+        const std::string pdf = converted("a.svg", drawingOf(attributes));
+        const PDFBox page = mediaBoxOf(pdf);
+        EXPECT_NEAR(page.left, (595 - size.width) / -2, 1e-3) << attributes;
+        EXPECT_NEAR(page.bottom, (800 - size.height) / -2, 1e-3) << attributes;
+        // It fills that size: the square is a tenth of the width, and red is seen to the end.
+        const TestPixels seen = drawnPage(pdf);
+        const auto x = [&](double share) {
+            return static_cast<std::size_t>((595 - size.width) / 2 + size.width * share);
+        };
+        const auto y = [&](double share) {
+            return static_cast<std::size_t>((800 - size.height) / 2 + size.height * share);
+        };
+        EXPECT_EQ(seen.at(x(0.05), y(0.1), 2), 255) << attributes;
+        EXPECT_EQ(seen.at(x(0.15), y(0.3), 2), 0) << attributes;
+        EXPECT_EQ(seen.at(x(0.97), y(0.97), 1), 0) << attributes;
+        EXPECT_EQ(seen.at(x(1.03), y(0.5), 1), 255) << attributes;
+    }
+}
+
+TEST_F(ImageConverterTest, ADrawingKeepsItsProportionsUnlessItSaysOtherwise) {
+    const std::string frame = "width='100' height='100' viewBox='0 0 100 50' ";
+    EXPECT_EQ(middle(converted("a.svg", drawingOf(frame)), 100, 100).at(50, 10, 1), 255);
+    const std::string filled = converted("b.svg", drawingOf(frame + "preserveAspectRatio='none'"));
+    EXPECT_EQ(middle(filled, 100, 100).at(50, 10, 1), 0);
+    const std::string top = converted("c.svg", drawingOf(frame + "preserveAspectRatio='xMidYMin'"));
+    EXPECT_EQ(middle(top, 100, 100).at(50, 10, 1), 0);
+    EXPECT_EQ(middle(top, 100, 100).at(50, 90, 1), 255);
+}
+
+TEST_F(ImageConverterTest, ADrawingMayBeInAnotherEncodingAndUseEntities) {
+    const std::string drawing =
+        "<?xml version='1.0' encoding='UTF-16'?><!DOCTYPE svg [<!ENTITY red '#ff0000'>]>"
+        "<svg xmlns='http://www.w3.org/2000/svg' width='61' height='42'>"
+        "<rect width='61' height='42' fill='&red;'/></svg>";
+    std::string wide = "\xFE\xFF";
+    for (const char letter : drawing) {
+        wide += std::string{'\0', letter};
+    }
+    const TestPixels seen = middle(converted("a.svg", wide), 61, 42);
+    EXPECT_EQ(seen.at(30, 20, 0), 255);
+    EXPECT_EQ(seen.at(30, 20, 1), 0);
+}
+
+TEST_F(ImageConverterTest, ADrawingThatUnfoldsIsRefused) {
+    std::string nested = "<!DOCTYPE svg [<!ENTITY a0 'lol'>";
+    for (int i = 1; i < 10; ++i) {
+        std::string uses;
+        for (int j = 0; j < 10; ++j) {
+            uses += "&a" + std::to_string(i - 1) + ";";
+        }
+        nested += "<!ENTITY a" + std::to_string(i) + " '" + uses + "'>";
+    }
+    nested +=
+        "]><svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'><desc>&a9;</desc></svg>";
+    std::string uses;
+    for (int i = 0; i < 1'000'000; ++i) {
+        uses += "&a;";
+    }
+    const std::string wide =
+        "<!DOCTYPE svg [<!ENTITY a '" + std::string(4000, 'x') +
+        "'>]><svg xmlns='http://www.w3.org/2000/svg' width='9' height='9' id='" + uses + "'/>";
+    const std::string line = "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'><text>" +
+                             std::string(1'000'000, 'x') + "</text></svg>";
+    for (const auto& [bytes, reason] : std::vector<std::pair<std::string, std::string>>{
+             {nested, "its entities stand for more than text"},
+             {wide, "its entities stand for more text than a drawing may have"},
+             {line, "a line of its text is too long"}}) {
+        writeFile(sources / "a.svg", bytes);
+        const auto pdf = converter().image2PDF((sources / "a.svg").string());
+        ASSERT_FALSE(pdf) << bytes.substr(0, 200);
+        EXPECT_EQ(pdf.error().reason, reason);
+    }
+    EXPECT_TRUE(namesIn(cache).empty());
+}
+
+TEST_F(ImageConverterTest, ADrawingThatRepeatsItselfWithoutEndComesToAnEnd) {
+    // Each group draws the one before it twice.
+    std::string doubling = "<svg xmlns='http://www.w3.org/2000/svg' "
+                           "xmlns:xlink='http://www.w3.org/1999/xlink' width='9' height='9'><defs>"
+                           "<g id='g0'><rect width='1' height='1'/></g>";
+    for (int i = 1; i < 60; ++i) {
+        const std::string use = "<use xlink:href='#g" + std::to_string(i - 1) + "'/>";
+        doubling += "<g id='g" + std::to_string(i) + "'>" + use + use + "</g>";
+    }
+    doubling += "</defs><use xlink:href='#g59'/></svg>";
+    writeFile(sources / "a.svg", doubling);
+    // Whether it is refused or drawn as far as it goes is the library's affair.
+    const auto pdf = converter().image2PDF((sources / "a.svg").string());
+    if (pdf) {
+        EXPECT_EQ(complaintsAbout(*pdf), "");
+    } else {
+        EXPECT_NE(pdf.error().reason, "");
+        EXPECT_TRUE(namesIn(cache).empty());
+    }
+}
+
 TEST_F(ImageConverterTest, ADrawingSeesNoFilesOfTheUser) {
     writeFile(folder / "secret.png", TestPNG(testPicture(61, 42)).bytes());
     const std::string pdf = converted(

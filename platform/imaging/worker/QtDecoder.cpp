@@ -1,5 +1,7 @@
 #include "platform/imaging/worker/QtDecoder.h"
 
+#include "platform/imaging/worker/DrawingFrame.h"
+#include "platform/imaging/worker/DrawingText.h"
 #include "platform/imaging/worker/PixelPacking.h"
 #include "platform/imaging/worker/Raster.h"
 #include "platform/imaging/worker/TGADecoder.h"
@@ -21,6 +23,7 @@
 #include <cstring>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace quillorn::worker {
@@ -151,21 +154,45 @@ Decoded decodePixels(const Task& task, const QByteArray& bytes) {
     return packedImage(std::move(image));
 }
 
-Decoded decodeDrawing(const QByteArray& bytes) {
+/// What the drawing says of its size, completed by the bounds of what it shows.
+DrawingFrame frameOf(std::string_view text, const QSvgRenderer& renderer) {
+    DrawingFrame frame = readDrawingFrame(text);
+    if (!frame.viewBox) {
+        const QRectF bounds = renderer.viewBoxF();
+        frame.viewBox = DrawingBox{bounds.x(), bounds.y(), bounds.width(), bounds.height()};
+    }
+    if (!(frame.width > 0) || !(frame.height > 0)) {
+        frame.width = frame.viewBox->width;
+        frame.height = frame.viewBox->height;
+    }
+    return frame;
+}
+
+QRectF rectangle(const DrawingBox& box) {
+    return {box.x, box.y, box.width, box.height};
+}
+
+Decoded decodeDrawing(const Task& task, std::vector<char>& bytes) {
     // The page is drawn at this size, in points, and scaled where it is used: a page size is
     // rounded to whole points, which matters less the larger it is.
     constexpr double longestSide = 2000;
     constexpr int resolution = 720; // dots an inch; nothing but rounding depends on it
+    constexpr double smallest = 1e-3;
     constexpr double largest = 1e6;
+    const auto text = readDrawingText(bytes, task.limits.drawingText);
+    bytes = {};
+    if (!text) {
+        return refused(ReplyKind::refused, text.error());
+    }
     QSvgRenderer renderer;
-    if (!renderer.load(bytes)) {
+    if (!renderer.load(
+            QByteArray::fromRawData(text->data(), static_cast<qsizetype>(text->size())))) {
         return refused(ReplyKind::refused, "it is no drawing, or a damaged one");
     }
-    QSizeF size = renderer.defaultSize();
-    if (size.isEmpty()) {
-        size = renderer.viewBoxF().size();
-    }
-    if (size.isEmpty() || size.width() > largest || size.height() > largest) {
+    const DrawingFrame frame = frameOf(*text, renderer);
+    const QSizeF size(frame.width, frame.height);
+    if (!(std::min(size.width(), size.height()) >= smallest) ||
+        !(std::max(size.width(), size.height()) <= largest)) {
         return refused(ReplyKind::refused, "it has no usable size");
     }
     const double scale = longestSide / std::max(size.width(), size.height());
@@ -182,7 +209,11 @@ Decoded decodeDrawing(const QByteArray& bytes) {
     if (!painter.begin(&writer)) {
         return refused(ReplyKind::refused, "it cannot be drawn");
     }
-    renderer.render(&painter, QRectF(0, 0, writer.width(), writer.height()));
+    // The library's own ideas of units and of proportions differ from the standard's.
+    renderer.setViewBox(rectangle(*frame.viewBox));
+    renderer.setAspectRatioMode(Qt::IgnoreAspectRatio);
+    renderer.render(&painter, rectangle(placeInFrame(*frame.viewBox, frame.fit, writer.width(),
+                                                     writer.height())));
     painter.end();
     return VectorImage{std::vector<char>(pdf.begin(), pdf.end()), size.width(), size.height()};
 }
@@ -193,9 +224,11 @@ Decoded decodeWithQt(const Task& task, std::vector<char>& bytes) {
     if (task.format == ImageFormat::tga) {
         return decodeTGA(task, bytes);
     }
-    const QByteArray raw =
-        QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
-    return task.format == ImageFormat::svg ? decodeDrawing(raw) : decodePixels(task, raw);
+    if (task.format == ImageFormat::svg) {
+        return decodeDrawing(task, bytes);
+    }
+    return decodePixels(
+        task, QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size())));
 }
 
 } // namespace quillorn::worker

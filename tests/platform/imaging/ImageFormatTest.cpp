@@ -39,7 +39,14 @@ TEST(ImageFormat, ADrawingIsOneByItsFirstElement) {
     EXPECT_FALSE(recogniseImage("<!DOCTYPE html><html><svg/></html>", "svg"));
     EXPECT_FALSE(recogniseImage("text with <svg/>", ""));
     EXPECT_EQ(recogniseImage("\x1F\x8B....", "svgz"), ImageFormat::svg);
+    EXPECT_EQ(recogniseImage("\x1F\x8B....", "svg"), ImageFormat::svg);
     EXPECT_FALSE(recogniseImage("\x1F\x8B....", "gz"));
+    for (const char* const mark : {"\xFF\xFE", ""}) {
+        const std::string wide("<\0s\0v\0g\0/\0>\0", 12);
+        EXPECT_EQ(recogniseImage(mark + wide, ""), ImageFormat::svg);
+        EXPECT_EQ(recogniseImage(mark + std::string("<\0p\0>\0", 6), ""), std::nullopt);
+    }
+    EXPECT_EQ(recogniseImage(std::string("\xFE\xFF\0<\0s\0v\0g\0/\0>", 14), ""), ImageFormat::svg);
 }
 
 TEST(ImageFormat, ATargaFileNeedsItsExtension) {

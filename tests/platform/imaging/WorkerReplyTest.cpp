@@ -15,11 +15,12 @@ using worker::PlaneReply;
 using worker::Reply;
 using worker::ReplyKind;
 
-tl::expected<WorkerReply, std::string> read(const Reply& reply, const std::string& rest) {
+tl::expected<WorkerReply, std::string> read(const Reply& reply, const std::string& rest,
+                                            ImageFormat asked = ImageFormat::png) {
     const FileDescriptor file(::memfd_create("reply", MFD_CLOEXEC));
     const std::string bytes(reinterpret_cast<const char*>(&reply), sizeof reply);
     EXPECT_TRUE(writeAll(file, "reply", bytes + rest));
-    return readWorkerReply(file, ImageLimits());
+    return readWorkerReply(file, asked, ImageLimits());
 }
 
 /// Four pixels of grey.
@@ -95,7 +96,7 @@ TEST(WorkerReply, RefusesWhatDoesNotBelongTogether) {
         EXPECT_FALSE(read(reply, "bytes")) << i;
     }
     const FileDescriptor empty(::memfd_create("reply", MFD_CLOEXEC));
-    EXPECT_FALSE(readWorkerReply(empty, ImageLimits()));
+    EXPECT_FALSE(readWorkerReply(empty, ImageFormat::png, ImageLimits()));
 }
 
 TEST(WorkerReply, ADrawingHasASize) {
@@ -104,9 +105,32 @@ TEST(WorkerReply, ADrawingHasASize) {
     reply.drawingBytes = 5;
     reply.drawingWidth = 10;
     reply.drawingHeight = 20;
-    ASSERT_TRUE(read(reply, "%PDF-"));
-    reply.drawingHeight = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_FALSE(read(reply, "%PDF-"));
+    ASSERT_TRUE(read(reply, "%PDF-", ImageFormat::svg));
+    for (const double height : {std::numeric_limits<double>::quiet_NaN(), 1e-300, 1e9}) {
+        reply.drawingHeight = height;
+        EXPECT_FALSE(read(reply, "%PDF-", ImageFormat::svg)) << height;
+    }
+}
+
+TEST(WorkerReply, IsOfTheKindThatWasAskedFor) {
+    EXPECT_FALSE(read(soundReply(), "bytes", ImageFormat::svg));
+    Reply drawing;
+    drawing.kind = ReplyKind::drawing;
+    drawing.drawingBytes = 5;
+    drawing.drawingWidth = drawing.drawingHeight = 10;
+    EXPECT_FALSE(read(drawing, "%PDF-", ImageFormat::png));
+}
+
+TEST(WorkerReply, HasNoMoreBytesThanItsPixelsCanTake) {
+    Reply reply = soundReply();
+    reply.colours.bytes = 5000;
+    EXPECT_FALSE(read(reply, std::string(5000, 'x')));
+    reply.height = 4000; // rows of a filter's number and two pixels
+    EXPECT_TRUE(read(reply, std::string(5000, 'x')));
+    reply.alpha = PlaneReply{7000, 0, 1, 1, 0};
+    EXPECT_TRUE(read(reply, std::string(12'000, 'x')));
+    reply.alpha.bytes = 13'000;
+    EXPECT_FALSE(read(reply, std::string(18'000, 'x')));
 }
 
 TEST(WorkerReply, AReasonIsOnePrintableLine) {

@@ -1,6 +1,7 @@
 #include "platform/pdf/ImagePage.h"
 
 #include "platform/pdf/PDFDocument.h"
+#include "tests/fakes/HostilePDF.h"
 #include "tests/fakes/PDFContents.h"
 #include "tests/fakes/PDFImages.h"
 #include "tests/fakes/RawPDF.h"
@@ -90,6 +91,75 @@ TEST_F(ImagePageTest, ADrawingIsScaledToItsSize) {
     ASSERT_TRUE(writeImagePage(pageOf(PDFDrawing{pdf}, {80, 60}), target));
     EXPECT_EQ(complaintsAbout(target), "");
     EXPECT_EQ(pageTexts(target), std::vector<std::string>{"Page 1 of drawing"});
+}
+
+/// A page whose resources have more entries, and what else the document shall hold.
+RawPDF drawingWith(const std::string& resources) {
+    return RawPDF()
+        .object(1, "<< /Type /Catalog /Pages 2 0 R >>")
+        .object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>")
+        .object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 40 30] /Contents 4 0 R "
+                   "/Resources << " +
+                       resources + " >> >>")
+        .stream(4, "/Filter /FlateDecode", deflated("1 0 0 rg 0 0 40 30 re f\n"));
+}
+
+// A worker that was taken over can answer with any of the following.
+TEST_F(ImagePageTest, AChainOfReferencesInADrawingIsFollowedToItsEnd) {
+    constexpr int last = 60'000;
+    RawPDF pdf = drawingWith("/Properties << /X 10 0 R >>");
+    for (int i = 10; i < last; ++i) {
+        pdf.object(i, "<< /N " + std::to_string(i + 1) + " 0 R >>");
+    }
+    pdf.object(last, "(end)");
+    const std::string bytes = pdf.bytes();
+    ASSERT_TRUE(writeImagePage(pageOf(PDFDrawing{bytes}, {80, 60}), target));
+    EXPECT_EQ(cropped(drawnPage(target), 10, 20, 80, 60).at(5, 5, 1), 0);
+}
+
+TEST_F(ImagePageTest, ADrawingOfMoreObjectsThanAnyNeedsIsRefused) {
+    std::string many;
+    for (int i = 0; i < 9'000'000; ++i) {
+        many += "[]";
+    }
+    const std::string bytes =
+        drawingWith("/Properties << /X 10 0 R >>").object(10, "[" + many + "]").bytes();
+    const auto written = writeImagePage(pageOf(PDFDrawing{bytes}, {80, 60}), target);
+    ASSERT_FALSE(written);
+    EXPECT_EQ(written.error().reason, "it consists of too many objects");
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST_F(ImagePageTest, ADrawingThatHasToBeUnpackedIsRefused) {
+    for (const RawPDF& pdf : {PackedPDF().pdf(), PackedPDF().padding(1U << 20U).pdf()}) {
+        const std::string bytes = pdf.bytes();
+        EXPECT_FALSE(writeImagePage(pageOf(PDFDrawing{bytes}, {80, 60}), target));
+    }
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST_F(ImagePageTest, ADamagedDrawingIsNotRepaired) {
+    const std::string whole = drawingWith("").bytes();
+    std::string moved = whole;
+    moved.insert(whole.find("2 0 obj"), "      ");
+    std::string withoutPage = whole;
+    withoutPage.replace(withoutPage.find("/Kids [3"), 8, "/Kids [7");
+    std::string withoutContents = whole;
+    withoutContents.replace(withoutContents.find("/Contents 4"), 11, "/Contents 1");
+    for (const std::string& bytes :
+         {whole.substr(0, whole.size() / 2), moved, withoutPage, withoutContents}) {
+        EXPECT_FALSE(writeImagePage(pageOf(PDFDrawing{bytes}, {80, 60}), target));
+    }
+    EXPECT_TRUE(folder.names().empty());
+    EXPECT_TRUE(writeImagePage(pageOf(PDFDrawing{whole}, {80, 60}), target));
+}
+
+TEST_F(ImagePageTest, ADrawingStaysAsPackedAsItWas) {
+    const std::string contents = deflated("1 0 0 rg 0 0 40 30 re f\n" + std::string(100'000, ' '));
+    const std::string bytes = drawingWith("").stream(4, "/Filter /FlateDecode", contents).bytes();
+    ASSERT_TRUE(writeImagePage(pageOf(PDFDrawing{bytes}, {80, 60}), target));
+    EXPECT_EQ(complaintsAbout(target), "");
+    EXPECT_NE(readFile(target).find(contents), std::string::npos);
 }
 
 TEST_F(ImagePageTest, WhatIsNoDrawingIsRefusedAndNothingIsWritten) {
