@@ -93,12 +93,12 @@ class Figure:
     reason: str = ""
 
     def line(self):
-        if self.value is None:
-            return f"- unknown  {self.what}: {self.reason or 'not measured'} " \
-                   f"(target at most {self.limit:g} {self.unit})".replace(" )", ")")
-        word = "met     " if self.value <= self.limit else "MISSED  "
         unit = f" {self.unit}" if self.unit else ""
-        return f"- {word} {self.what}: {self.value:.3g}{unit} (target at most {self.limit:g}{unit})"
+        target = f"(target at most {self.limit:g}{unit})"
+        if self.value is None:
+            return f"- unknown  {self.what}: {self.reason or 'not measured'} {target}"
+        word = "met     " if self.value <= self.limit else "MISSED  "
+        return f"- {word} {self.what}: {self.value:.3g}{unit} {target}"
 
 
 class Display:
@@ -243,10 +243,10 @@ class WindowBench:
             "window shows at rest is there; `last`: the last change.")
         mine, theirs = runs["quillorn-folivane"], runs.get(PEER, [])
         painted = [run["painted"] * 1000 for run in mine]
-        self.add_figure("start to a painted window", 400, "ms",
+        self.add_figure(f"{START}, start to a painted window", 400, "ms",
                         statistics.median(painted) if painted else None,
                         reasons.get("quillorn-folivane", ""))
-        self.add_ratio(f"start to a painted window against {PEER}", mine, theirs, "painted", reasons)
+        self.add_ratio(f"{START}, the same against {PEER}", mine, theirs, "painted", reasons)
 
     def add_ratio(self, what, mine, theirs, key, reasons):
         ratios = [a[key] / b[key] for a, b in zip(mine, theirs)]
@@ -300,7 +300,7 @@ class WindowBench:
             "### All thumbnails of 300 scanned pages, from the start of the program "
             f"(`{THUMBNAILS}`)\n\n" + table(header, rows))
         mine, theirs = runs["quillorn-folivane"], runs.get(PEER, [])
-        self.add_ratio(f"all thumbnails of 300 scanned pages against {PEER}", mine, theirs, "last",
+        self.add_ratio(f"{THUMBNAILS}, time against {PEER}", mine, theirs, "last",
                        reasons)
 
     def show_all_pages(self, display, child):
@@ -359,8 +359,7 @@ class WindowBench:
             found = value(target.figure)
             what = f"{target.what}, {target.unit}"
             rows.append([what, "" if found is None else f"{found:.2f}", f"{target.limit:g}"])
-            self.add_figure(f"{job.title.lower() if job.worst else job.title}: {target.what}",
-                            target.limit, target.unit, found, reason)
+            self.add_figure(f"{job.name}, {target.what}", target.limit, target.unit, found, reason)
         for figure, what in job.rows:
             found = value(figure)
             rows.append([what, "" if found is None else f"{found:.2f}", ""])

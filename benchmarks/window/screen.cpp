@@ -25,6 +25,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <fstream>
 #include <string>
 #include <sys/wait.h>
 #include <thread>
@@ -134,22 +135,15 @@ int run(char** argv) {
         return 1;
     }
     const bench::ProcessTree tree = bench::ProcessTree::of(child, true);
-    std::FILE* const result = std::fopen(argv[1], "we");
-    if (result == nullptr) {
-        std::perror(argv[1]);
-        endCommand(child);
-        return 1;
-    }
-    std::fprintf(result,
-                 "{\"first\": %.4f, \"painted\": %.4f, \"last\": %.4f, \"cpu\": %.3f, "
-                 "\"pss_kib\": %llu, \"rss_kib\": %llu, \"processes\": %zu, \"share\": %.4f, "
-                 "\"settled\": %s}\n",
-                 seconds(watched.first - start), seconds(screen.complete(mostlyComplete) - start),
-                 seconds(screen.lastChange() - start), tree.processorTime,
-                 static_cast<unsigned long long>(tree.proportional),
-                 static_cast<unsigned long long>(tree.resident), tree.processes.size(),
-                 screen.changedShare(), watched.isSettled ? "true" : "false");
-    const bool isWritten = std::fclose(result) == 0;
+    std::ofstream result(argv[1]);
+    result << std::fixed << "{\"first\": " << seconds(watched.first - start)
+           << ", \"painted\": " << seconds(screen.complete(mostlyComplete) - start)
+           << ", \"last\": " << seconds(screen.lastChange() - start)
+           << ", \"cpu\": " << tree.processorTime << ", \"pss_kib\": " << tree.proportional
+           << ", \"rss_kib\": " << tree.resident << ", \"processes\": " << tree.processes.size()
+           << ", \"share\": " << screen.changedShare()
+           << ", \"settled\": " << (watched.isSettled ? "true" : "false") << "}\n";
+    const bool isWritten = static_cast<bool>(result.flush());
     endCommand(child);
     return isWritten ? 0 : 1;
 }

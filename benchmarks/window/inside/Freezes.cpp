@@ -129,17 +129,19 @@ void scrollThrough(DrivenWindow& driven) {
 }
 
 /// Presses the button of the save sheet once it is shown.
-void confirmSaving(QObject& context) {
-    QTimer::singleShot(5, &context, [&context]() {
+void confirmSaving(QTimer& timer) {
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&timer]() {
         for (QWidget* const widget : QApplication::topLevelWidgets()) {
             auto* const confirm = widget->findChild<QAbstractButton*>(QStringLiteral("confirm"));
             if (confirm != nullptr && widget->isVisible() && qobject_cast<QDialog*>(widget)) {
+                timer.stop();
                 confirm->click();
                 return;
             }
         }
-        confirmSaving(context);
     });
+    constexpr int lookEvery = 5; // milliseconds
+    timer.start(lookEvery);
 }
 
 } // namespace
@@ -177,7 +179,8 @@ void measureFreezes(const Surroundings& where, Figures& figures) {
         DrivenWindow::waitForPictures(driven.output());
     });
     phase("saving", [&]() {
-        confirmSaving(driven);
+        QTimer timer;
+        confirmSaving(timer);
         driven.menus().save.action.trigger();
         DrivenWindow::waitFor("everything is saved",
                               [&driven]() { return driven.program().output().isSave(); });
