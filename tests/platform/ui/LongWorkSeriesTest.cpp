@@ -84,7 +84,11 @@ TEST_F(LongWorkSeriesTest, TheWindowTakesClicksInLaterPiecesToo) {
     const auto series = m_work.series("Adding files");
     EXPECT_TRUE(
         series->run("One", [&shown](const std::stop_token&) { waitForStop(shown.get_token()); }));
-    QTimer::singleShot(0, &m_window, []() { QTest::keyClick(workWindow(), Qt::Key_Escape); });
+    QTimer press;
+    press.setSingleShot(true);
+    QObject::connect(&press, &QTimer::timeout, &press,
+                     []() { QTest::keyClick(workWindow(), Qt::Key_Escape); });
+    press.start(0);
     EXPECT_FALSE(series->run("Two", waitForStop));
 }
 
