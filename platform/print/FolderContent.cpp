@@ -46,6 +46,39 @@ constexpr std::array<Type, 20> types = {{
     {".woff2", "font/woff2"},
 }};
 
+/// The bytes of the UTF-8 sequence at the start of a text; 0 where none begins.
+std::size_t sequenceLength(std::string_view text) {
+    const auto first = static_cast<unsigned char>(text.front());
+    const std::size_t length = first < 0x80   ? 1
+                               : first < 0xc2 ? 0
+                               : first < 0xe0 ? 2
+                               : first < 0xf0 ? 3
+                               : first < 0xf5 ? 4
+                                              : 0;
+    const bool isWhole =
+        length <= text.size() &&
+        std::ranges::all_of(text.substr(1, length > 0 ? length - 1 : 0), [](char ch) {
+            return (static_cast<unsigned char>(ch) & 0xc0U) == 0x80;
+        });
+    return isWhole ? length : 0;
+}
+
+/// Whether a text can hardly be anything but UTF-8: it has many sequences of several bytes, and
+/// nothing else. A few may come about by chance in other encodings.
+bool isSurelyUTF8(std::string_view text) {
+    constexpr int many = 8;
+    int sequences = 0;
+    while (!text.empty()) {
+        const std::size_t length = sequenceLength(text);
+        if (length == 0) {
+            return false;
+        }
+        sequences += length > 1 ? 1 : 0;
+        text.remove_prefix(length);
+    }
+    return sequences >= many;
+}
+
 /// Where an open file really lies, whatever has happened to the way to it since.
 fs::path realPathOf(const FileDescriptor& file) {
     std::error_code error;
@@ -101,6 +134,10 @@ std::optional<WebResource> FolderContent::find(const std::string& url) const {
         return std::nullopt;
     }
     resource.data.resize(*length);
+    if (resource.mimeType == "text/html" && isSurelyUTF8(resource.data)) {
+        // Pages that were converted on the way often still declare what they were before.
+        resource.mimeType += "; charset=utf-8";
+    }
     return resource;
 }
 

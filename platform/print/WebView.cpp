@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace quillorn {
 
@@ -27,6 +28,7 @@ constexpr std::chrono::seconds shortWhile{1};
 
 constexpr std::size_t pdfBlock = 4U << 20U; // bytes
 constexpr std::size_t mostStyleSheets = 2'000;
+constexpr std::size_t mostFrames = 500;
 
 std::string quoted(const std::string& text) {
     return JSON(text).dump(-1, ' ', true, JSON::error_handler_t::replace);
@@ -43,7 +45,7 @@ WebResult<void> WebView::load(std::unique_ptr<WebContent> content, const PrintIn
                               const std::stop_token& stop) {
     m_session.reset();
     m_content = std::move(content);
-    m_isCutShort = false;
+    m_isCutShort = m_isScriptless = false;
     m_session.emplace(m_engine, *m_content, stop);
     // The engine's own start takes none of the page's time.
     auto opened = m_session->open(static_cast<int>(info.printableWidth() * pixelsPerPoint),
@@ -112,6 +114,7 @@ WebResult<void> WebView::waitForLoad() {
         }
         if (const auto page = leads.takeReload()) {
             endScripts();
+            m_isScriptless = true;
             again = navigateAgain(*page);
         } else if (leads.isLoaded() && !leads.openUntil()) {
             if (heard == m_session->loader()) {
@@ -226,12 +229,44 @@ WebResult<void> WebView::prepareForPaper(const PrintInfo& info) {
     return setPageRules(info);
 }
 
+WebResult<void> WebView::hideScriptless() {
+    if (m_isScriptless) {
+        return {};
+    }
+    const auto deadline = m_start + m_limits.time;
+    const auto tree = m_session->call("Page.getFrameTree", JSON::object(), deadline);
+    if (!tree) {
+        return tl::unexpected(tree.error());
+    }
+    std::vector<JSON> trees = {json::inner(*tree, "frameTree")};
+    for (std::size_t i = 0; i < trees.size() && i < mostFrames; ++i) {
+        const JSON frame = json::inner(trees[i], "frame");
+        const auto sheet = m_session->call("CSS.createStyleSheet",
+                                           {{"frameId", json::text(frame, "id")}}, deadline);
+        if (sheet) { // not in a process of its own
+            m_session->tell("CSS.setStyleSheetText",
+                            {{"styleSheetId", json::text(*sheet, "styleSheetId")},
+                             {"text", "noscript{display:none!important}"}});
+        } else if (m_session->hasCrashed()) {
+            return tl::unexpected(sheet.error());
+        }
+        const JSON children = trees[i].value("childFrames", JSON::array());
+        for (std::size_t k = 0; children.is_array() && k < children.size(); ++k) {
+            trees.push_back(children.at(k));
+        }
+    }
+    return {};
+}
+
 WebResult<void> WebView::setPageRules(const PrintInfo& info) {
     const auto deadline = m_start + m_limits.time;
     for (const char* const domain : {"DOM.enable", "CSS.enable"}) {
         if (auto enabled = m_session->call(domain, JSON::object(), deadline); !enabled) {
             return tl::unexpected(std::move(enabled.error()));
         }
+    }
+    if (auto hidden = hideScriptless(); !hidden) {
+        return hidden;
     }
     // The set grows when a changed sheet is announced once more.
     const std::set<std::string> sheets = m_session->styleSheets();

@@ -62,6 +62,8 @@ private:
     /// Takes a page that does not come to its end as it is, if it is there at all.
     WebResult<void> cutShort();
     WebResult<void> prepareForPaper(const PrintInfo& info);
+    /// Keeps what is meant for engines without scripts hidden, where scripts ran until now.
+    WebResult<void> hideScriptless();
     WebResult<void> setPageRules(const PrintInfo& info);
     WebResult<void> save(const std::string& stream, ExactPaper& paper, const PrintInfo& info);
 
@@ -72,6 +74,7 @@ private:
     std::string m_loader; ///< the engine's name for the latest page that it was to fetch
     Clock::time_point m_start;
     bool m_isCutShort = false;
+    bool m_isScriptless = false; ///< loaded without scripts from its start
 };
 
 } // namespace quillorn

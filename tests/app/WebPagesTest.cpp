@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace quillorn::tests {
@@ -40,6 +41,35 @@ std::vector<pid_t> processesWith(const std::string& folder) {
     return found;
 }
 
+/// The parent of a process; 0 when it is gone.
+pid_t parentOf(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/status");
+    const std::string key = "PPid:";
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with(key)) {
+            return static_cast<pid_t>(std::stol(line.substr(key.size())));
+        }
+    }
+    return 0;
+}
+
+/// Whether one of the processes below `ancestor` is in a user namespace of its own, as those of a
+/// browser are in its sandbox.
+bool hasSandboxBelow(pid_t ancestor) {
+    return std::ranges::any_of(processesWith("--type="), [ancestor](pid_t process) {
+        pid_t above = process;
+        while (above > 1 && above != ancestor) {
+            above = parentOf(above);
+        }
+        std::error_code error;
+        const auto space = [&error](const std::string& name) {
+            return fs::read_symlink("/proc/" + name + "/ns/user", error);
+        };
+        const bool isOwn = space(std::to_string(process)) != space(std::to_string(ancestor));
+        return above == ancestor && isOwn && !error;
+    });
+}
+
 class WebPagesTest : public ProgramFixture {
 protected:
     WebPagesTest() {
@@ -54,6 +84,24 @@ protected:
         return words;
     }
     [[nodiscard]] std::vector<pid_t> engines() const { return processesWith(temporary.string()); }
+    /// The program for somebody without rights, installed where anybody may come.
+    [[nodiscard]] Program forOrdinaryUser(const std::vector<std::string>& words) const {
+        const fs::path installed = folders / "installed";
+        if (fs::create_directory(installed)) {
+            for (const char* const name :
+                 {"quillorn-folivane", "quillorn-web.so", "quillorn-keeper"}) {
+                fs::copy_file(fs::path(QUILLORN_PROGRAM).parent_path() / name, installed / name);
+            }
+        }
+        for (const fs::path& folder : {work, home, temporary}) {
+            giveToOrdinaryUser(folder);
+        }
+        return Program((installed / "quillorn-folivane").string(), words)
+            .inFolder(work)
+            .with("HOME", home.string())
+            .with("TMPDIR", temporary.string())
+            .asOrdinaryUser();
+    }
 
     const fs::path out = work / "out";
 };
@@ -146,22 +194,7 @@ TEST_F(WebPagesTest, NeedNothingWhenThereAreNone) {
 }
 
 TEST_F(WebPagesTest, AreConvertedForAnOrdinaryUser) {
-    // The program where anybody may come.
-    const fs::path installed = folders / "installed";
-    fs::create_directory(installed);
-    for (const char* const name : {"quillorn-folivane", "quillorn-web.so", "quillorn-keeper"}) {
-        fs::copy_file(fs::path(QUILLORN_PROGRAM).parent_path() / name, installed / name);
-    }
-    for (const fs::path& folder : {work, home, temporary}) {
-        giveToOrdinaryUser(folder);
-    }
-    const ProgramResult result =
-        Program((installed / "quillorn-folivane").string(), composing({"page.html"}))
-            .inFolder(work)
-            .with("HOME", home.string())
-            .with("TMPDIR", temporary.string())
-            .asOrdinaryUser()
-            .run();
+    const ProgramResult result = forOrdinaryUser(composing({"page.html"})).run();
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_THAT(pageTexts(out / "A.pdf"), ElementsAre("a page"));
     EXPECT_THAT(litter(), IsEmpty());
@@ -170,12 +203,12 @@ TEST_F(WebPagesTest, AreConvertedForAnOrdinaryUser) {
 class EndingWebPages : public WebPagesTest {
 protected:
     /// Starts composing a page that keeps the engine busy for long, and waits until it does.
-    [[nodiscard]] RunningProgram startedJob() const {
+    [[nodiscard]] RunningProgram startedJob(bool asOrdinaryUser = false) const {
         writeFile(work / "endless.html", "<p>text</p><script src='" + server.url() +
                                              "/a.js'></script><script>for(;;){}</script>");
         std::vector<std::string> words = composing({"page.html", "endless.html"});
         words.insert(words.begin() + 1, "--allow-remote");
-        RunningProgram running = program(words).start();
+        RunningProgram running = (asOrdinaryUser ? forOrdinaryUser(words) : program(words)).start();
         EXPECT_TRUE(waitUntil([&]() { return server.visitors() > 0; }));
         return running;
     }
@@ -203,6 +236,23 @@ TEST_F(EndingWebPages, NoEngineSurvivesAKilledProgramAndTheNextRunCleansUp) {
     EXPECT_FALSE(fs::exists(out));
     EXPECT_THAT(litter(), Not(IsEmpty()));
     EXPECT_EQ(run(composing({"page.html"})).status, 0);
+    EXPECT_THAT(pageTexts(out / "A.pdf"), ElementsAre("a page"));
+    EXPECT_THAT(litter(), IsEmpty());
+}
+
+TEST_F(EndingWebPages, NoEngineOfAnOrdinaryUserSurvivesEither) {
+    RunningProgram job = startedJob(true);
+    const std::vector<pid_t> running = engines();
+    EXPECT_THAT(running, Not(IsEmpty()));
+    if (Program("unshare", {"--user", "true"}).run().status == 0) {
+        // Where the system grants namespaces, the browser's own sandbox is in force.
+        EXPECT_TRUE(std::ranges::any_of(running, hasSandboxBelow));
+    }
+    job.signal(SIGKILL);
+    EXPECT_EQ(job.wait().status, -SIGKILL);
+    EXPECT_TRUE(waitUntil([&]() { return engines().empty(); }));
+    EXPECT_THAT(litter(), Not(IsEmpty()));
+    EXPECT_EQ(forOrdinaryUser(composing({"page.html"})).run().status, 0);
     EXPECT_THAT(pageTexts(out / "A.pdf"), ElementsAre("a page"));
     EXPECT_THAT(litter(), IsEmpty());
 }

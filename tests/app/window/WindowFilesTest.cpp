@@ -1,5 +1,6 @@
 #include "tests/app/window/WindowFixture.h"
 #include "tests/fakes/TestPDF.h"
+#include "tests/fakes/TestServer.h"
 
 #include <QApplication>
 #include <QFileDialog>
@@ -134,6 +135,20 @@ TEST_F(WindowFilesTest, ADropThatLeadsWithAWebPageIsRefused) {
     writeFile(files / "a.html", "<p>Hello</p>");
     EXPECT_FALSE(dropFiles(sourceBrowser(), {(files / "a.html").string(), pdf("a.pdf", 2)}));
     EXPECT_THAT(sourceTitles(), IsEmpty());
+}
+
+TEST_F(WindowFilesTest, WebPagesAskOtherMachinesWhereThatIsPreferred) {
+    const TestServer server(
+        [](const std::string&) { return TestServer::page("text/css", "p{color:red}"); });
+    writeFile(files / "a.html", "<link rel=stylesheet href='" + server.url() + "/a.css'><p>Hello");
+    start();
+    open({(files / "a.html").string()});
+    EXPECT_EQ(server.visitors(), 0);
+    stop();
+    preferencesAtStart["AllowRemote"] = "true";
+    start();
+    open({(files / "a.html").string()});
+    EXPECT_EQ(server.visitors(), 1);
 }
 
 TEST_F(WindowFilesTest, FilesCannotBeDroppedOnTheOutput) {

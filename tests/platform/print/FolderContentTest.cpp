@@ -100,6 +100,24 @@ TEST_F(FolderContentTest, WhatCannotBeReadIsRefusedWithTheReason) {
     EXPECT_EQ(FolderContent::open(site).error().reason, "it is a folder, not a file");
 }
 
+TEST_F(FolderContentTest, APageInUTF8IsSaidToBeThat) {
+    const auto typeOf = [&](const std::string& name, const std::string& text) {
+        writeFile(site / name, text);
+        const auto found = page(site / "page.html")->find(fileURL(site / name));
+        return found ? found->mimeType : "(nothing)";
+    };
+    const std::string meta = "<meta charset=gb2312>";
+    const std::string eight = "\xe4\xb8\xad\xe6\x96\x87\xe6\x96\xb0\xe9\x97\xbb"
+                              "\xc3\xa4\xc3\xb6\xc3\xbc\xf0\x9f\x98\x80";
+    EXPECT_EQ(typeOf("a.html", meta + eight), "text/html; charset=utf-8");
+    EXPECT_EQ(typeOf("a.html", meta + "\xc1\xaa\xcd\xa8"), "text/html") << "too little to tell";
+    EXPECT_EQ(typeOf("a.html", meta + "no other letters"), "text/html");
+    EXPECT_EQ(typeOf("a.html", meta + eight + "\xff"), "text/html");
+    EXPECT_EQ(typeOf("a.html", meta + eight + "\xe4\xb8"), "text/html");
+    EXPECT_EQ(typeOf("a.html", meta + eight + "\xc0\x80"), "text/html");
+    EXPECT_EQ(typeOf("a.css", eight), "text/css");
+}
+
 TEST_F(FolderContentTest, TypesAreKnownByExtension) {
     EXPECT_EQ(webTypeOfFile("a/B.HTML"), "text/html");
     EXPECT_EQ(webTypeOfFile("a.css"), "text/css");

@@ -194,6 +194,15 @@ TEST_F(WebViewTest, AnArchiveOfALocalPageShowsItsFramesFromElsewhere) {
         AllOf(HasSubstr("page"), HasSubstr("frame")));
 }
 
+TEST_F(WebViewTest, WhatIsForEnginesWithoutScriptsIsShownToThoseOnly) {
+    const std::string html = "<p>text</p><noscript><b>no scripts here</b></noscript>";
+    file("frame.html", "<noscript><b>nor here</b></noscript>");
+    EXPECT_THAT(printed(html + "<iframe src=frame.html></iframe>"),
+                AllOf(HasSubstr("text"), Not(HasSubstr("no scripts")), Not(HasSubstr("nor here"))));
+    EXPECT_THAT(printed("<script>location = 'http://a.example/'</script>" + html),
+                AllOf(HasSubstr("text"), HasSubstr("no scripts here"), Not(HasSubstr("<b>"))));
+}
+
 TEST_F(WebViewTest, ShowsPicturesThatAreLoadedLateElsewhere) {
     file("square.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='200' height='20'>"
                        "<text x='0' y='10'>drawn</text></svg>");
