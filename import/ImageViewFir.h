@@ -18,7 +18,6 @@
 #include "platform/ui/Window.h"
 #include "platform/ui/WorkerThreads.h"
 
-#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -70,6 +69,18 @@ struct ImportRun {
     bool isCancelled = false;
 
     [[nodiscard]] bool goesOn() const { return !isCancelled && !stop.stop_requested(); }
+};
+
+/// A flag that is up while this lives.
+class RaisedFlag {
+public:
+    explicit RaisedFlag(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~RaisedFlag() { m_flag = false; }
+    RaisedFlag(const RaisedFlag&) = delete;
+    RaisedFlag& operator=(const RaisedFlag&) = delete;
+
+private:
+    bool& m_flag;
 };
 
 /// The source pane: one group for each file that was taken in.
@@ -181,8 +192,9 @@ private:
     void showAlert(const std::string& message);
     void refuse(const ImportRefusal& refusal);
     void askForPassword(const ImportRefusal& refusal);
-    /// Asks about the next file that waits, unless one is being asked about.
-    void askForNextPassword();
+    void askAboutPassword(const std::string& path);
+    /// Asks about the file that came while nobody could be asked.
+    void askAboutPasswordMeanwhile();
     [[nodiscard]] bool dropFiles(const std::vector<std::string>& files);
     [[nodiscard]] DragOperation operationForFiles(const Pasteboard& pasteboard, bool entered);
     void beginOpenPanel(std::span<const std::string_view> types, Route route);
@@ -209,11 +221,11 @@ private:
     NameTurns m_conversionTurns;            ///< by the names of files that are converted
     std::vector<std::string> m_fileArray;
     std::string m_pdfPasswordPath;
-    std::deque<std::string> m_waitingForPassword; ///< paths, the next one first
-    bool m_isAskingForPassword = false;
-    bool m_isDropping = false; ///< the window takes no answers
-    bool m_mSax = true;        ///< the pane is empty and shows its picture
-    bool m_mFirx = true;       ///< no file has arrived since the start
+    std::optional<std::string> m_lockedMeanwhile; ///< see askForPassword
+    bool m_isTypingPassword = false;              ///< the password window is open
+    bool m_isDropping = false;                    ///< the window takes no answers
+    bool m_mSax = true;                           ///< the pane is empty and shows its picture
+    bool m_mFirx = true;                          ///< no file has arrived since the start
 };
 
 } // namespace quillorn

@@ -15,18 +15,6 @@ namespace {
 constexpr const char* messageTitle = "Infomation"; // the panes' messages are titled so
 constexpr const char* alreadyExists = "%@ already exists!";
 
-/// A flag that is up while this lives.
-class Raised {
-public:
-    explicit Raised(bool& flag) : m_flag(flag) { m_flag = true; }
-    ~Raised() { m_flag = false; }
-    Raised(const Raised&) = delete;
-    Raised& operator=(const Raised&) = delete;
-
-private:
-    bool& m_flag;
-};
-
 std::string addingText(std::size_t files) {
     return files == 1 ? std::string("Adding a file") : "Adding " + std::to_string(files) + " files";
 }
@@ -192,10 +180,10 @@ bool ImageViewFir::performDragOperation(const DraggingInfo& info) {
     }
     bool isTaken = false;
     {
-        const Raised dropping(m_isDropping);
+        const RaisedFlag dropping(m_isDropping);
         isTaken = dropFiles(pasteboard.propertyListForType(pasteboard_type::filenames));
     }
-    askForNextPassword();
+    askAboutPasswordMeanwhile();
     return isTaken;
 }
 

@@ -2,7 +2,7 @@
 
 #include "model/FileNames.h"
 
-#include <algorithm>
+#include <optional>
 #include <utility>
 
 // Files that need a password.
@@ -18,36 +18,38 @@ constexpr const char* question = "%@ has been encrypted,do you want to enter a p
 void ImageViewFir::askForPassword(const ImportRefusal& refusal) {
     m_services.statusLine.showMessage(lastPathComponent(refusal.path) +
                                       " needs a password: " + refusal.reason + ".");
-    const bool isAskedAbout = m_isAskingForPassword && refusal.path == m_pdfPasswordPath;
-    if (!isAskedAbout &&
-        std::ranges::find(m_waitingForPassword, refusal.path) == m_waitingForPassword.end()) {
-        m_waitingForPassword.push_back(refusal.path);
+    if (m_isTypingPassword || m_isDropping) {
+        // What is typed belongs to the file that was asked about, and a drop is over before
+        // anybody can answer. Of those that come meanwhile one is remembered.
+        m_lockedMeanwhile = refusal.path;
+    } else {
+        askAboutPassword(refusal.path);
     }
-    askForNextPassword();
 }
 
-void ImageViewFir::askForNextPassword() {
-    // One at a time: what is typed belongs to the file that was asked about, whatever comes in
-    // meanwhile. A drop is over before anybody can answer.
-    if (m_isAskingForPassword || m_isDropping || m_waitingForPassword.empty()) {
-        return;
+void ImageViewFir::askAboutPassword(const std::string& path) {
+    m_pdfPasswordPath = path; // a file that waited before this one waits no longer
+    m_services.alerts.beginSheet(
+        Alert{"Infomation !", messageText(question, lastPathComponent(path)), "OK", "Cancel"},
+        [this](AlertAnswer code) { alertEnded(code); });
+}
+
+void ImageViewFir::askAboutPasswordMeanwhile() {
+    if (const auto path = std::exchange(m_lockedMeanwhile, std::nullopt)) {
+        askAboutPassword(*path);
     }
-    m_isAskingForPassword = true;
-    m_pdfPasswordPath = std::move(m_waitingForPassword.front());
-    m_waitingForPassword.pop_front();
-    m_services.alerts.beginSheet(Alert{"Infomation !",
-                                       messageText(question, lastPathComponent(m_pdfPasswordPath)),
-                                       "OK", "Cancel"},
-                                 [this](AlertAnswer code) { alertEnded(code); });
 }
 
 void ImageViewFir::alertEnded(AlertAnswer code) {
-    if (code == AlertAnswer::defaultButton) {
-        m_outlets.passwordText.setStringValue("");
+    if (code != AlertAnswer::defaultButton) {
+        return;
+    }
+    m_outlets.passwordText.setStringValue("");
+    {
+        const RaisedFlag typing(m_isTypingPassword);
         m_outlets.passwordWindow.runModal();
     }
-    m_isAskingForPassword = false;
-    askForNextPassword();
+    askAboutPasswordMeanwhile();
 }
 
 void ImageViewFir::isEnterPassword(Sheet& sender) {
