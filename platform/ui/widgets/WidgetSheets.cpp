@@ -11,6 +11,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace quillorn {
 
@@ -99,10 +100,12 @@ void WidgetProgressSheet::make() {
     });
     m_dialog = dialog;
     m_bar = bar;
+    m_isValueAwaited = false; // an earlier bar took its timer along
 }
 
 void WidgetProgressSheet::begin(std::size_t maximum) {
     m_isWriting = true;
+    m_value = 0;
     QDialog* const earlier = m_dialog.data();
     if (earlier == nullptr || !earlier->isVisible()) {
         delete earlier; // its place is on whatever asks now
@@ -118,8 +121,16 @@ void WidgetProgressSheet::begin(std::size_t maximum) {
 }
 
 void WidgetProgressSheet::setValue(std::size_t value) {
-    if (QProgressBar* const bar = m_bar.data()) {
-        bar->setValue(asInt(value));
+    // Pages are written faster than a bar is painted: those of a long file at once, each painted,
+    // would keep the window from everything else.
+    constexpr int pause = 15; // milliseconds
+    m_value = value;
+    QProgressBar* const bar = m_bar.data();
+    if (bar != nullptr && !std::exchange(m_isValueAwaited, true)) {
+        QTimer::singleShot(pause, bar, [this, bar]() {
+            m_isValueAwaited = false;
+            bar->setValue(asInt(m_value));
+        });
     }
 }
 

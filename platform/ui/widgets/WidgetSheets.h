@@ -66,6 +66,8 @@ private:
     std::function<void()> m_cancelled;
     QPointer<QDialog> m_dialog;
     QPointer<QProgressBar> m_bar;
+    std::size_t m_value = 0; ///< what the bar is to show
+    bool m_isValueAwaited = false;
     bool m_isWriting = false;
 };
 

@@ -11,8 +11,10 @@
 #include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QShortcutEvent>
+#include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
 #include <atomic>
@@ -220,6 +222,25 @@ TEST_F(WidgetLongWorkTest, AnExceptionComesBack) {
     EXPECT_THROW(static_cast<void>(m_work.run(
                      "", [](const std::stop_token&) { throw std::runtime_error("no"); })),
                  std::runtime_error);
+}
+
+TEST(WidgetProgressSheet, TellsHowFarItIsWithoutPaintingEveryPage) {
+    QWidget window;
+    window.show();
+    WidgetProgressSheet sheet(window, []() {});
+    constexpr int pages = 10'000;
+    sheet.begin(pages);
+    auto* const bar = window.findChild<QProgressBar*>();
+    ASSERT_NE(bar, nullptr);
+    const QSignalSpy values(bar, &QProgressBar::valueChanged);
+
+    for (int page = 0; page < pages; ++page) {
+        sheet.setValue(static_cast<std::size_t>(page));
+    }
+
+    EXPECT_LT(values.count(), 10) << "so many at once cannot be seen";
+    EXPECT_TRUE(QTest::qWaitFor([bar]() { return bar->value() == pages - 1; }, patience));
+    sheet.end();
 }
 
 TEST(WidgetProgressSheet, IsCancelledByEscapeButNotByAKeyTooMuch) {
