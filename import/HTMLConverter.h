@@ -15,7 +15,7 @@ class HTMLConverter {
 public:
     struct Options {
         std::filesystem::path cacheFolder; ///< an existing folder that takes the PDFs
-        bool allowRemote = false;      ///< whether pages may fetch from other machines
+        bool allowRemote = false;          ///< whether pages may fetch from other machines
     };
 
     HTMLConverter() = default;

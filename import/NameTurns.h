@@ -8,9 +8,9 @@
 
 namespace quillorn {
 
-/// Lets one at a time of those who want the same name, of a file or of an engine; different names do
-/// not wait for each other. Unlike with a mutex, who waits can be told to stop waiting. Any thread;
-/// `stop` is of a source that no signal handler uses.
+/// Lets one at a time of those who want the same name, of a file or of an engine; different names
+/// do not wait for each other. Unlike with a mutex, who waits can be told to stop waiting. Any
+/// thread; `stop` is of a source that no signal handler uses.
 class NameTurns {
 public:
     /// Waits for a name and has it until the end of this object, which the turns outlive.

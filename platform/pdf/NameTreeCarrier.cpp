@@ -3,6 +3,7 @@
 #include "platform/pdf/TreeEntries.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 #include <utility>
 
@@ -11,8 +12,11 @@ namespace quillorn {
 namespace {
 
 constexpr std::size_t entryLimit = 1'000'000;
-/// Of a tree's names, which may share one long text.
-constexpr std::size_t mostNameBytes = 64U << 20U;
+/// Readers that keep to the limits of PDF 1.7 (ISO 32000-1, annex C) take no longer strings.
+constexpr std::size_t longestEntryName = 32'767;
+/// Of a tree's names, which may share one text: a fixed allowance, and so many times the file.
+constexpr std::uint64_t smallestNameAllowance = 2U << 20U;
+constexpr std::uint64_t mostNameExpansion = 8;
 constexpr std::size_t namesPerNode = 256;
 
 constexpr const char* attachments = "/EmbeddedFiles";
@@ -135,21 +139,26 @@ void NameTreeCarrier::collect(const CarryContext& context, bool withScripts) {
 void NameTreeCarrier::collectTree(const CarryContext& context, const std::string& tree,
                                   QPDFObjectHandle root) {
     const std::size_t firstOutput = context.pages.firstOutput(context.pages.kept().front());
-    std::size_t bytes = 0;
+    std::uint64_t allowance = smallestNameAllowance + mostNameExpansion * context.fileBytes;
+    bool isWhole = true;
     const bool complete = forEachTreeEntry(
         root, "/Names", entryLimit, [&](QPDFObjectHandle name, QPDFObjectHandle value) {
             if (name.isString() && !value.isNull()) {
                 const std::string text = name.getStringValue();
-                bytes += text.size();
-                if (bytes > mostNameBytes) {
+                if (text.size() > longestEntryName) {
+                    isWhole = false;
+                    return true;
+                }
+                if (text.size() > allowance) {
                     return false;
                 }
+                allowance -= text.size();
                 name = QPDFObjectHandle::newString(text);
                 m_entries.push_back({firstOutput, tree, name, context.carried(value)});
             }
             return true;
         });
-    if (!complete) {
+    if (!complete || !isWhole) {
         context.notes.add(PDFCarryNote::Kind::structureLimited, context.file, "names");
     }
 }

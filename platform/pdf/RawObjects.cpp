@@ -54,7 +54,8 @@ namespace {
 
 constexpr std::size_t dictionaryLength = 4096;     // read at first
 constexpr std::size_t longestDictionary = 8 << 20; // a page tree without inner nodes is one
-constexpr std::size_t endLength = 32;              // of what follows a stream's data
+constexpr std::size_t endLength = 32;              // of what follows a stream's data, at first
+constexpr std::size_t longestEnd = 64U << 10U;
 
 /// Whether an object ends here: with the word for it, a blank, and more of the file behind that.
 /// libqpdf refuses an object that nothing follows.
@@ -134,12 +135,19 @@ std::string RawObjects::decodedStream(const Found& stream, std::size_t limit) {
     require(length <= m_input.size - stream.dataOffset);
     require(!dictionary.hasKey("/F"));
 
-    std::string bytes = bytesAt(stream.dataOffset, length + endLength);
-    std::string_view end = std::string_view(bytes).substr(std::min(length, bytes.size()));
-    skipBlanks(end);
-    require(skipWord(end, "endstream") && startsWithBlank(end));
-    skipBlanks(end);
-    require(endsObject(end));
+    std::string bytes;
+    for (std::size_t beyond = endLength;; beyond *= 8) {
+        bytes = bytesAt(stream.dataOffset, length + beyond);
+        std::string_view end = std::string_view(bytes).substr(std::min(length, bytes.size()));
+        skipBlanks(end);
+        require(skipWord(end, "endstream") && startsWithBlank(end));
+        skipBlanks(end);
+        if (endsObject(end)) {
+            break;
+        }
+        // Behind the references of a linearized file stand blanks in reserve.
+        require(beyond < longestEnd && bytes.size() == length + beyond);
+    }
     bytes.resize(length);
     QPDFObjectHandle data = QPDFObjectHandle::newStream(&m_context, bytes);
     for (const char* key : {"/Filter", "/DecodeParms"}) {

@@ -171,8 +171,9 @@ TEST_F(ConvertTest, ASignalEndsItBetweenWholeFiles) {
 TEST_F(ConvertTest, AnOrdinaryUserMayConvert) {
     const fs::path installed = folders / "installed";
     fs::create_directory(installed);
-    for (const char* const name : {"quillorn-folivane", "quillorn-keeper", "quillorn-settings.so",
-                                   "quillorn-office-worker", "quillorn-text-worker"}) {
+    for (const char* const name :
+         {"quillorn-folivane", "quillorn-keeper", "quillorn-settings.so", "quillorn-office-worker",
+          "quillorn-office-part.so", "quillorn-text-worker"}) {
         fs::copy_file(fs::path(QUILLORN_PROGRAM).parent_path() / name, installed / name);
     }
     for (const fs::path& folder : {work, home, temporary}) {

@@ -127,7 +127,10 @@ const std::vector<ThirdParty>& thirdParties() {
         {"libqpdf", isQpdfHeader, {"platform/pdf", "cmake/clang"}, {}},
         {"Poppler", isPopplerHeader, {"platform/render/worker"}, {}},
         {"an image decoder", isImageDecoderHeader, {"platform/imaging/worker"}, {}},
-        {"the office engine", isOfficeHeader, {"platform/office/bridge"}, {}},
+        {"the office engine",
+         isOfficeHeader,
+         {"platform/office/bridge", "platform/office/engine"},
+         {}},
         {"an encodings library", isEncodingHeader, {"platform/office/text"}, {}},
         {"libplist", isPlistHeader, {"platform/print", "support"}, {}},
         // Tests may put a pane's rules behind the real widgets, and benchmarks measure these.

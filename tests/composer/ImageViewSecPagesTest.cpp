@@ -329,6 +329,7 @@ TEST_F(ImageViewSecPagesTest, ThePagesBeforeTurningAreKeptInTheScratchFile) {
 TEST_F(ImageViewSecPagesTest, PagesTurnWithoutAScratchFileToo) {
     output.addGroup("a.pdf", 1);
     std::filesystem::remove_all(output.cache());
+    tests::writeFile(output.cache(), "no folder, and none can be made");
     output.select({0});
     pane.rotateClockwise();
     EXPECT_EQ(pane.PDFArray()[0]->pageAtIndex(0)->rotation(), 90);

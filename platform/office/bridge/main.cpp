@@ -100,17 +100,32 @@ Answer convert(const office::OfficeServer& server, const Job& job, const fs::pat
     return answer;
 }
 
-/// Our part of the engine lies beside this program, also where both are copies in the private
-/// folder, which is called otherwise now.
-fs::path partPath(const fs::path& program, const fs::path& privateFolder, const fs::path& folder) {
-    const fs::path beside = program.parent_path();
-    return (beside == privateFolder ? folder : beside) / conversion::officePartName;
-}
+/// Where our part of the engine is, which lies beside this program. A program that was put into the
+/// temporary folder is out of sight once that has become a private one; so a copy is made before.
+class Part {
+public:
+    Part(const fs::path& program, const fs::path& privateFolder)
+        : m_beside(program.parent_path() / conversion::officePartName) {
+        if (program.parent_path() != privateFolder) {
+            std::error_code error; // then it has to be found beside the program
+            fs::copy_file(m_beside, privateFolder / conversion::officePartName, error);
+        }
+    }
+    /// `folder` is what the private folder is called now.
+    [[nodiscard]] fs::path path(const fs::path& folder) const {
+        std::error_code error;
+        return fs::exists(m_beside, error) ? m_beside : folder / conversion::officePartName;
+    }
+
+private:
+    fs::path m_beside;
+};
 
 int run(const fs::path& privateFolder) {
     const fs::path program = fs::read_symlink("/proc/self/exe");
+    const Part besideProgram(program, privateFolder);
     const fs::path folder = conversion::enterPrivateTemporaryFolder(privateFolder);
-    const fs::path part = partPath(program, privateFolder, folder);
+    const fs::path part = besideProgram.path(folder);
     for (const char* const variable : {"HOME", "TMPDIR", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"}) {
         ::setenv(variable, folder.c_str(), 1);
     }

@@ -27,6 +27,12 @@ std::string allOf(const Sight& sight) {
     return text;
 }
 
+/// Whether a window has the keys, which only it says of itself.
+bool isActive(const Sight& sight, const std::string& window) {
+    return !sight.all([&](const Seen& seen) { return seen.window == window && seen.isActive; })
+                .empty();
+}
+
 } // namespace
 
 JourneyFixture::JourneyFixture() {
@@ -102,7 +108,8 @@ Seen JourneyFixture::waitForNode(const std::string& window, const std::string& r
         std::optional<Seen> before;
         return *find(waitFor(what, [&](const Sight& sight) {
             const auto earlier = std::exchange(before, find(sight));
-            return before && earlier && before->isActive && before->middle() == earlier->middle();
+            return before && earlier && before->middle() == earlier->middle() &&
+                   isActive(sight, window);
         }));
     }
     // What belongs to a pane may have to be scrolled to, and rest before it can be clicked.

@@ -148,7 +148,7 @@ TEST_F(WindowFilesTest, WebPagesAskOtherMachinesWhereThatIsPreferred) {
     preferencesAtStart["AllowRemote"] = "true";
     start();
     open({(files / "a.html").string()});
-    EXPECT_EQ(server.visitors(), 1);
+    EXPECT_GT(server.visitors(), 0); // the engine may connect more than once
 }
 
 TEST_F(WindowFilesTest, FilesCannotBeDroppedOnTheOutput) {
