@@ -70,6 +70,21 @@ void addWords(std::set<std::string>& words, const std::string& text) {
     }
 }
 
+/// A page without what stands in it for the engine alone.
+std::string withoutElements(const std::string& html, const std::string& name) {
+    std::string low = html;
+    std::ranges::transform(low, low.begin(),
+                           [](unsigned char ch) { return static_cast<char>(std::tolower(ch)); });
+    std::string rest;
+    std::size_t from = 0;
+    for (std::size_t at = low.find("<" + name); at != std::string::npos;
+         at = low.find("<" + name, from)) {
+        rest += html.substr(from, at - from);
+        from = std::min(low.find("</" + name, at), low.size());
+    }
+    return rest + html.substr(from);
+}
+
 /// The words of a page's paragraphs, as far as they can be told without an engine.
 std::set<std::string> wordsOfParagraphs(const std::string& html) {
     std::set<std::string> words;
@@ -129,7 +144,8 @@ TEST_P(WebPage, BecomesAFlawlessPdfOrIsRefusedWithAMessage) {
     }
     // Paragraphs may be hidden, so that not all of their words are seen.
     const std::string seen = withoutBlanks(text.output);
-    const std::set<std::string> words = wordsOfParagraphs(sourceOf(GetParam().file));
+    const std::set<std::string> words = wordsOfParagraphs(
+        withoutElements(withoutElements(sourceOf(GetParam().file), "style"), "script"));
     const auto found = static_cast<std::size_t>(std::ranges::count_if(
         words, [&](const std::string& word) { return seen.find(word) != std::string::npos; }));
     EXPECT_GE(found * 100, words.size() * usualShare) << found << " of " << words.size();
