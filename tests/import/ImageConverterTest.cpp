@@ -444,7 +444,8 @@ TEST_F(ImageConverterTest, ADrawingIsAsLargeAsItSays) {
         {"height='20' " + box, {40, 20}},
         {"width='4000' height='2000' " + box, {500, 250}},
     };
-    for (const auto& [attributes, size] : cases) {
+    for (const auto& [attributes, drawn] : cases) {
+        const auto size = drawn; // clang 14 lets no lambda take a part of a pair
         const std::string pdf = converted("a.svg", drawingOf(attributes));
         const PDFBox page = mediaBoxOf(pdf);
         EXPECT_NEAR(page.left, (595 - size.width) / -2, 1e-3) << attributes;

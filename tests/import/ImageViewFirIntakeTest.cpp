@@ -173,7 +173,7 @@ TEST_F(ImageViewFirIntakeTest, ANamesakeThatIsRefusedNeverTakesThePlaceOfTheFirs
     source.open({photos.one, source.pdf("c.pdf", 1)});
     source.alerts.expect("Infomation", "photo.png already exists!");
     source.open({photos.two});
-    browser.setSelectionIndexes(IndexSet{{1}}, false);
+    browser.setSelectionIndexes(IndexSet{1}, false);
     pane.closePDFFile();
     EXPECT_EQ(source.shown(), "photo.png: photo.png") << "the others are opened anew";
 }
