@@ -152,6 +152,10 @@ private:
             newPage();
             m_isPageDue = false;
         }
+        if (static_cast<double>(m_emptyLines) * m_emptyLine > m_writer.height() * mostTextPages) {
+            m_pages = mostTextPages + 1; // need not be made to be counted
+            return;
+        }
         for (; m_emptyLines > 0 && m_pages <= mostTextPages; --m_emptyLines) {
             makeRoom(m_emptyLine);
             m_y += m_emptyLine;
