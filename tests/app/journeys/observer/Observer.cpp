@@ -151,9 +151,9 @@ class ObserverPlugin final : public QGenericPlugin {
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "observer.json")
 
 public:
-    QObject* create(const QString& /*name*/, const QString& specification) override {
+    QObject* create(const QString& /*name*/, const QString& settings) override {
         // The application object deletes it.
-        return std::make_unique<Observer>(specification.toStdString()).release();
+        return std::make_unique<Observer>(settings.toStdString()).release();
     }
 };
 
