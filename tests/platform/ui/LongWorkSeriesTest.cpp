@@ -1,6 +1,7 @@
 #include "platform/ui/widgets/ActivityPanel.h"
 #include "platform/ui/widgets/WidgetDesktop.h"
 #include "platform/ui/widgets/WidgetLongWork.h"
+#include "tests/platform/ui/WaitForStop.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -18,15 +19,9 @@
 namespace quillorn {
 namespace {
 
-constexpr int patience = 60'000; // milliseconds
+using tests::waitForStop;
 
-/// Returns once the token is stopped.
-void waitForStop(const std::stop_token& stop) {
-    std::mutex mutex;
-    std::condition_variable_any stopped;
-    std::unique_lock lock(mutex);
-    stopped.wait(lock, stop, []() { return false; });
-}
+constexpr int patience = 60'000; // milliseconds
 
 class LongWorkSeriesTest : public testing::Test {
 protected:

@@ -5,6 +5,7 @@
 #include "platform/ui/widgets/WidgetLongWork.h"
 #include "platform/ui/widgets/WidgetSheets.h"
 #include "platform/ui/widgets/WidgetText.h"
+#include "tests/platform/ui/WaitForStop.h"
 
 #include <QAction>
 #include <QApplication>
@@ -30,15 +31,9 @@
 namespace quillorn {
 namespace {
 
-constexpr int patience = 60'000; // milliseconds
+using tests::waitForStop;
 
-/// Returns once the token is stopped.
-void waitForStop(const std::stop_token& stop) {
-    std::mutex mutex;
-    std::condition_variable_any stopped;
-    std::unique_lock lock(mutex);
-    stopped.wait(lock, stop, []() { return false; });
-}
+constexpr int patience = 60'000; // milliseconds
 
 TEST(WidgetSlider, KeepsAValueBeyondItsBounds) {
     QSlider widget;
