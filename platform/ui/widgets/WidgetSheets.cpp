@@ -98,6 +98,9 @@ void WidgetProgressSheet::make() {
             m_cancelled();
         }
     });
+    QObject::connect(
+        qApp, &QGuiApplication::focusWindowChanged, dialog, [this]() { hideIfDone(); },
+        Qt::QueuedConnection); // the widgets come to know it after the signal
     m_dialog = dialog;
     m_bar = bar;
     m_isValueAwaited = false; // an earlier bar took its timer along
@@ -138,11 +141,18 @@ void WidgetProgressSheet::end() {
     m_isWriting = false;
     if (QDialog* const dialog = m_dialog.data()) {
         // Not at once: the next file may begin right behind this one.
-        QTimer::singleShot(0, dialog, [this, dialog]() {
-            if (!m_isWriting) {
-                dialog->hide();
-            }
-        });
+        QTimer::singleShot(0, dialog, [this]() { hideIfDone(); });
+        constexpr int patience = 500; // milliseconds, where another program keeps the keys
+        QTimer::singleShot(patience, dialog, [this]() { hideIfDone(true); });
+    }
+}
+
+void WidgetProgressSheet::hideIfDone(bool isLate) {
+    // A window that goes while the window manager is still giving it the keys leaves some of them
+    // without a window that has any.
+    QDialog* const dialog = m_dialog.data();
+    if (dialog != nullptr && !m_isWriting && (isLate || dialog->isActiveWindow())) {
+        dialog->hide();
     }
 }
 

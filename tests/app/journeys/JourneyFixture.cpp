@@ -22,7 +22,8 @@ std::string allOf(const Sight& sight) {
     std::string text;
     for (const Seen& seen : sight.nodes) {
         text += "\n  " + seen.window + " | " + seen.list + " | " + seen.role + " | " + seen.name +
-                (seen.isFocused ? " (focused)" : "") + (seen.isActive ? " (active)" : "");
+                (seen.isSelected ? " (selected)" : "") + (seen.isFocused ? " (focused)" : "") +
+                (seen.isActive ? " (active)" : "");
     }
     return text;
 }

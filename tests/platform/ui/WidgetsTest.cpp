@@ -270,6 +270,36 @@ TEST(WidgetProgressSheet, IsCancelledByEscapeButNotByAKeyTooMuch) {
     sheet.end();
 }
 
+TEST(WidgetProgressSheet, StaysUntilItHasTheKeysToGiveBack) {
+    QWidget window;
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window, patience));
+    WidgetProgressSheet sheet(window, []() {});
+    sheet.begin(1);
+    QWidget* const dialog = QApplication::activeModalWidget();
+    ASSERT_NE(dialog, nullptr);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(dialog, patience));
+    QApplication::setActiveWindow(nullptr); // as where the keys are still on their way
+    sheet.end();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(dialog->isVisible());
+    dialog->activateWindow();
+    EXPECT_TRUE(QTest::qWaitFor([&]() { return !dialog->isVisible(); }, patience));
+}
+
+TEST(WidgetProgressSheet, GoesWithoutTheKeysToo) {
+    QWidget window;
+    window.show();
+    WidgetProgressSheet sheet(window, []() {});
+    sheet.begin(1);
+    QWidget* const dialog = QApplication::activeModalWidget();
+    ASSERT_NE(dialog, nullptr);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(dialog, patience));
+    QApplication::setActiveWindow(nullptr);
+    sheet.end();
+    EXPECT_TRUE(QTest::qWaitFor([&]() { return !dialog->isVisible(); }, patience));
+}
+
 TEST(WidgetSheet, IsMadeWhenItIsFirstShownAndEndsWithItsModalRun) {
     QWidget window;
     window.show();
