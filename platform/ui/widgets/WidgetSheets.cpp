@@ -148,11 +148,19 @@ void WidgetProgressSheet::end() {
 }
 
 void WidgetProgressSheet::hideIfDone(bool isLate) {
-    // A window that goes while the window manager is still giving it the keys leaves some of them
-    // without a window that has any.
+    // Some window managers lose the keys where windows come and go this fast: given to a window
+    // that is already gone, or to none when two go at once. So it stays until it has them, and
+    // hands them on itself.
     QDialog* const dialog = m_dialog.data();
-    if (dialog != nullptr && !m_isWriting && (isLate || dialog->isActiveWindow())) {
+    if (dialog == nullptr || m_isWriting || !dialog->isVisible()) {
+        return;
+    }
+    const bool hasKeys = dialog->isActiveWindow();
+    if (hasKeys || isLate) {
         dialog->hide();
+    }
+    if (hasKeys) {
+        m_mainWindow.activateWindow();
     }
 }
 

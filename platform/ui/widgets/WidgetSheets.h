@@ -61,8 +61,8 @@ public:
 
 private:
     void make();
-    /// Hides it when nothing is written any more and it has the keys, which then come back to the
-    /// window below; without the keys only when it `isLate`.
+    /// Hides it when nothing is written any more and it has the keys, which then go to the main
+    /// window; without the keys only when it `isLate`.
     void hideIfDone(bool isLate = false);
 
     QWidget& m_mainWindow;

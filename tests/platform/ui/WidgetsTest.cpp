@@ -285,6 +285,7 @@ TEST(WidgetProgressSheet, StaysUntilItHasTheKeysToGiveBack) {
     EXPECT_TRUE(dialog->isVisible());
     dialog->activateWindow();
     EXPECT_TRUE(QTest::qWaitFor([&]() { return !dialog->isVisible(); }, patience));
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window, patience));
 }
 
 TEST(WidgetProgressSheet, GoesWithoutTheKeysToo) {
