@@ -166,11 +166,11 @@ TEST(Version, IsTheHighestOfTheSources) {
     const auto versionOf = [&composition]() {
         return readFile(composition.folder() / "out.pdf").substr(0, 8);
     };
-    static_cast<void>(composition.add(old).write());
+    composition.add(old).writeChecked();
     EXPECT_EQ(versionOf(), "%PDF-1.5");
-    static_cast<void>(composition.add(old).add(later).write());
+    composition.add(old).add(later).writeChecked();
     EXPECT_EQ(versionOf(), "%PDF-1.7");
-    static_cast<void>(composition.add(old).add(later).add(latest).write());
+    composition.add(old).add(later).add(latest).writeChecked();
     EXPECT_EQ(versionOf(), "%PDF-2.0");
 }
 

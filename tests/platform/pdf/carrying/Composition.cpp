@@ -19,8 +19,8 @@ namespace quillorn::tests {
 namespace {
 
 /// Some ten times what the slowest of them takes. Memory is not limited under a sanitizer.
-constexpr corpus::IsolationLimits writeLimits{80, std::uint64_t{2} << 30U,
-                                              std::chrono::seconds(400)};
+constexpr corpus::IsolationLimits writeLimits{30, std::uint64_t{2} << 30U,
+                                              std::chrono::seconds(300)};
 
 } // namespace
 
@@ -110,11 +110,15 @@ std::filesystem::path Composition::writeUnchecked(const std::string& fileName) {
     return target;
 }
 
-WrittenPDF Composition::write(const std::string& fileName) {
+std::filesystem::path Composition::writeChecked(const std::string& fileName) {
     const std::filesystem::path target = writeUnchecked(fileName);
     const ProgramRun check = runProgram({"qpdf", "--check", target.string()});
     EXPECT_EQ(check.status, 0) << check.output;
-    return WrittenPDF(target);
+    return target;
+}
+
+WrittenPDF Composition::write(const std::string& fileName) {
+    return WrittenPDF(writeChecked(fileName));
 }
 
 std::string Composition::notes() const {

@@ -33,6 +33,8 @@ public:
 
     /// Writes what was added and forgets it.
     [[nodiscard]] WrittenPDF write(const std::string& fileName = "out.pdf");
+    /// The same without reading the file for the test.
+    std::filesystem::path writeChecked(const std::string& fileName = "out.pdf");
     /// The same for sources that make the other program complain: only our own verification.
     [[nodiscard]] std::filesystem::path writeUnchecked(const std::string& fileName = "out.pdf");
 

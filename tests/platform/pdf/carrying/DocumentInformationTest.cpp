@@ -60,7 +60,7 @@ TEST(Description, InAttributesIsKeptTrueToo) {
                            "<rdf:Description pdf:Producer=\"Old\" xmp:ModifyDate='2001'>"
                            "</rdf:Description>",
                            "/Producer (Old)"));
-    static_cast<void>(composition.add(source).write());
+    composition.add(source).writeChecked();
     const std::string packet = packetOf(composition);
     EXPECT_THAT(packet, HasSubstr("pdf:Producer=\"Quillorn Folivane\""));
     EXPECT_THAT(packet, Not(HasSubstr("2001")));
@@ -160,7 +160,7 @@ TEST(Description, OfAFileWhoseNameIsNoTextIsWellFormed) {
     composition.options().title = "caf\xe9 \xed\xa0\x80 \xc3\xa9";
     const auto one = composition.source("one.pdf", described("one", "", ""));
     const auto two = composition.source("two.pdf", TestPDF("two", 1));
-    static_cast<void>(composition.add(one).add(two).write());
+    composition.add(one).add(two).writeChecked();
     const std::string packet = packetOf(composition);
     EXPECT_EQ(packet.find("\xe9 "), std::string::npos);
     EXPECT_THAT(packet, HasSubstr("caf\xef\xbf\xbd "));

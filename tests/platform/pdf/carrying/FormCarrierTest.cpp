@@ -382,7 +382,7 @@ TEST(Forms, BringNothingOfPagesThatStayBehind) {
     form.field(field);
     Composition composition;
     const auto source = composition.source("form.pdf", form.finish());
-    static_cast<void>(composition.add(source, {1}).write());
+    composition.add(source, {1}).writeChecked();
     EXPECT_EQ(readFile(composition.folder() / "out.pdf").find("left behind"), std::string::npos);
 }
 

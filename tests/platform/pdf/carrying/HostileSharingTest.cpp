@@ -26,7 +26,7 @@ protected:
 };
 
 TEST_F(HostileSharing, AListOfLinksByThousandsOfPagesOneOfWhichIsRepeated) {
-    constexpr std::size_t links = many(32'000);
+    constexpr std::size_t links = many(8);
     constexpr std::size_t pages = 2'000;
     const std::size_t list = document.add();
     const std::size_t page = addPages(pages, "/Annots " + referenceTo(list));
@@ -44,8 +44,9 @@ TEST_F(HostileSharing, AListOfLinksByThousandsOfPagesOneOfWhichIsRepeated) {
     EXPECT_THAT(composition.notes(), HasSubstr("structure-limited"));
 }
 
-TEST_F(HostileSharing, AListOfFieldsByAPageRepeatedAThousandTimes) {
-    constexpr std::size_t fields = many(32'000);
+TEST_F(HostileSharing, AListOfFieldsByAPageRepeatedHundredsOfTimes) {
+    constexpr std::size_t times = 200;
+    constexpr std::size_t fields = many(8);
     const std::size_t field = document.next();
     for (std::size_t i = 0; i < fields; ++i) {
         document.add("<< /Subtype /Widget /Rect [0 0 9 9] /FT /Tx /T (f" + std::to_string(i) +
@@ -54,16 +55,16 @@ TEST_F(HostileSharing, AListOfFieldsByAPageRepeatedAThousandTimes) {
     document.addPage("/Annots " + references(field, fields));
     const auto hostile = source("/AcroForm << /Fields " + references(field, fields) + " >>");
     const std::filesystem::path written =
-        composition.add(hostile, std::vector<std::size_t>(1'000, 1)).writeUnchecked();
+        composition.add(hostile, std::vector<std::size_t>(times, 1)).writeUnchecked();
     EXPECT_THAT(composition.notes(), HasSubstr("structure-limited"));
     EXPECT_LT(composition.report().bytes, 20 * mebibyte);
     const WrittenPDF file(written);
     EXPECT_THAT(file.annotations(1), SizeIs(fields));
-    EXPECT_THAT(file.annotations(1'000), SizeIs(fields));
+    EXPECT_THAT(file.annotations(times), SizeIs(fields));
 }
 
 TEST_F(HostileSharing, ADestinationOfThousandsOfItemsByThousandsOfLinks) {
-    constexpr std::size_t links = many(32'000);
+    constexpr std::size_t links = many(8);
     std::string items;
     for (std::size_t i = 0; i < 100'000; ++i) {
         items += " 0";
@@ -85,7 +86,7 @@ TEST_F(HostileSharing, ADestinationOfThousandsOfItemsByThousandsOfLinks) {
 }
 
 TEST_F(HostileSharing, AListOfChildrenByThousandsOfFields) {
-    constexpr std::size_t fields = many(20'000);
+    constexpr std::size_t fields = many(5);
     const std::size_t kids = document.add();
     const std::size_t field = document.next();
     for (std::size_t i = 0; i < fields; ++i) {
@@ -108,7 +109,7 @@ TEST_F(HostileSharing, AListOfChildrenByThousandsOfFields) {
 }
 
 TEST_F(HostileSharing, AListOfBeadsByThousandsOfPages) {
-    constexpr std::size_t beads = many(50'000);
+    constexpr std::size_t beads = many(12);
     const std::size_t list = document.add();
     const std::size_t page = addPages(2'000, "/B " + referenceTo(list));
     const std::size_t thread = document.next();
@@ -128,7 +129,7 @@ TEST_F(HostileSharing, AListOfBeadsByThousandsOfPages) {
 
 TEST_F(HostileSharing, AnActionOfManyStepsOneOfWhichIsLost) {
     constexpr std::size_t steps = 60;
-    constexpr std::size_t links = many(32'000);
+    constexpr std::size_t links = many(8);
     const std::size_t chain = document.next();
     for (std::size_t i = 0; i < steps; ++i) {
         document.add("<< /S /URI /URI (u) /Next " + referenceTo(chain + i + 1) + " >>");
@@ -149,8 +150,8 @@ TEST_F(HostileSharing, AnActionOfManyStepsOneOfWhichIsLost) {
 }
 
 TEST_F(HostileSharing, AListOfFieldsByThousandsOfActions) {
-    constexpr std::size_t fields = many(20'000);
-    constexpr std::size_t buttons = many(10'000);
+    constexpr std::size_t fields = many(5);
+    constexpr std::size_t buttons = many(2);
     const std::size_t list = document.add();
     std::string names;
     const std::size_t field = document.next();
@@ -177,7 +178,7 @@ TEST_F(HostileSharing, AListOfFieldsByThousandsOfActions) {
 }
 
 TEST_F(HostileSharing, TextsOfAMegabyteByThousandsOfFieldsAndPages) {
-    constexpr std::size_t fields = many(20'000);
+    constexpr std::size_t fields = many(5);
     const std::string text = "(" + std::string(mebibyte, 'x') + ")";
     const std::size_t shared = document.add(text);
     const std::size_t top = document.add("<< /T " + referenceTo(shared) + " >>");
@@ -201,7 +202,7 @@ TEST_F(HostileSharing, TextsOfAMegabyteByThousandsOfFieldsAndPages) {
 }
 
 TEST_F(HostileSharing, AListOfLayersByThousandsOfRules) {
-    constexpr std::size_t layers = many(20'000);
+    constexpr std::size_t layers = many(5);
     const std::size_t group = document.next();
     for (std::size_t i = 0; i < layers; ++i) {
         document.add("<< /Type /OCG /Name (n) >>");
@@ -240,12 +241,12 @@ TEST_F(HostileSharing, APacketThatStatesTheSameThroughout) {
     const std::size_t metadata = document.addStream("/Type /Metadata /Subtype /XML", packet);
     writeInEveryWay(source("/Metadata " + referenceTo(metadata)));
     const auto hostile = source("/Metadata " + referenceTo(metadata));
-    static_cast<void>(composition.add(hostile).write());
+    composition.add(hostile).writeChecked();
     EXPECT_EQ(composition.notes(), "conformance-dropped 1");
 }
 
 TEST_F(HostileSharing, APictureAndAListOfChoicesByThousandsOfFieldsToBeDrawn) {
-    constexpr std::size_t fields = many(20'000);
+    constexpr std::size_t fields = many(5);
     const std::size_t font =
         document.add("<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica /Encoding "
                      "/WinAnsiEncoding >>");

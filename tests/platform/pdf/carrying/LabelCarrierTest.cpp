@@ -28,14 +28,14 @@ TestPDF labelled() {
 TEST(PageLabels, StayWithTheirPages) {
     Composition composition;
     const auto source = composition.source("l.pdf", labelled());
-    static_cast<void>(composition.add(source, {5, 4, 2, 1, 3}).write());
+    composition.add(source, {5, 4, 2, 1, 3}).writeChecked();
     EXPECT_THAT(labels(composition), ElementsAre("A-1", "2", "ii", "i", "1"));
 }
 
 TEST(PageLabels, OfRepeatedPagesAreRepeated) {
     Composition composition;
     const auto source = composition.source("l.pdf", labelled());
-    static_cast<void>(composition.add(source, {2, 2, 3, 2}).write());
+    composition.add(source, {2, 2, 3, 2}).writeChecked();
     EXPECT_THAT(labels(composition), ElementsAre("ii", "ii", "1", "ii"));
 }
 
@@ -43,7 +43,7 @@ TEST(PageLabels, OfAFileWithoutThemAreItsPageNumbers) {
     Composition composition;
     const auto with = composition.source("l.pdf", labelled());
     const auto without = composition.source("w.pdf", TestPDF("without", 9));
-    static_cast<void>(composition.add(with, {1, 5}).add(without, {9, 8}).write());
+    composition.add(with, {1, 5}).add(without, {9, 8}).writeChecked();
     EXPECT_THAT(labels(composition), ElementsAre("i", "A-1", "9", "8"));
 }
 
@@ -56,7 +56,7 @@ TEST(PageLabels, AreNotMadeUp) {
 TEST(PageLabels, OfBlankPagesAreTheirPositions) {
     Composition composition;
     const auto source = composition.source("l.pdf", labelled());
-    static_cast<void>(composition.add(source, {1}).addBlank().add(source, {2}).write());
+    composition.add(source, {1}).addBlank().add(source, {2}).writeChecked();
     EXPECT_THAT(labels(composition), ElementsAre("i", "2", "ii"));
 }
 
@@ -64,7 +64,7 @@ TEST(PageLabels, BeforeTheFirstRangeAreThePositions) {
     Composition composition;
     const auto source =
         composition.source("late.pdf", TestPDF("late", 4).setLabels("2 << /S /A /St 3 >>"));
-    static_cast<void>(composition.add(source).write());
+    composition.add(source).writeChecked();
     EXPECT_THAT(labels(composition), ElementsAre("1", "2", "C", "D"));
 }
 
@@ -80,7 +80,7 @@ TEST(PageLabels, OfAPageThatStandsTwiceInItsOwnFileStayApart) {
     ASSERT_EQ(source->pageCount(), 2U);
     EXPECT_EQ(composition.add(source).write().pageCount(), 2U);
     EXPECT_THAT(labels(composition), ElementsAre("i", "ii"));
-    static_cast<void>(composition.add(source, {2}).write());
+    composition.add(source, {2}).writeChecked();
     EXPECT_THAT(labels(composition), ElementsAre("ii"));
 }
 
@@ -88,7 +88,7 @@ TEST(PageLabels, WithPrefixesOnlyStayEqual) {
     Composition composition;
     const auto source = composition.source(
         "cover.pdf", TestPDF("cover", 4).setLabels("0 << /P (Cover) >> 2 << /S /D >>"));
-    static_cast<void>(composition.add(source, {3, 1, 2, 4}).write());
+    composition.add(source, {3, 1, 2, 4}).writeChecked();
     EXPECT_THAT(labels(composition), ElementsAre("1", "Cover", "Cover", "2"));
 }
 
@@ -96,7 +96,7 @@ TEST(PageLabels, KeepTextInAnyScript) {
     Composition composition;
     const auto source = composition.source(
         "s.pdf", TestPDF("script", 1).setLabels("0 << /S /D /P <FEFF7B2C00B7> >>"));
-    static_cast<void>(composition.add(source).write());
+    composition.add(source).writeChecked();
     EXPECT_THAT(labels(composition), ElementsAre("第·1"));
 }
 
@@ -118,7 +118,7 @@ TEST(PageLabels, OfThousandsOfPagesWithALongPrefixTakeItsRoomOnce) {
     for (std::size_t page = 1; page <= pages; page += 2) {
         odd.push_back(page);
     }
-    static_cast<void>(composition.add(source, odd).write());
+    composition.add(source, odd).writeChecked();
     EXPECT_LT(composition.report().bytes, source->fileSize() / 2);
     const auto ranges = composition.open(composition.folder() / "out.pdf")->labelRanges();
     ASSERT_TRUE(ranges);

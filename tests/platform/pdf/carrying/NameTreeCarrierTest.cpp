@@ -62,7 +62,7 @@ TEST(Attachments, OfTheDocumentThatComesFirstKeepTheirNames) {
     Composition composition;
     const auto part = composition.source("part.pdf", attached("part", {"notes.txt"}));
     const auto whole = composition.source("whole.pdf", attached("whole", {"notes.txt"}));
-    static_cast<void>(composition.add(part, {1}).add(whole).write());
+    composition.add(part, {1}).add(whole).writeChecked();
     EXPECT_EQ(attachment(composition, "notes.txt"), "notes.txt of part");
 }
 
@@ -112,7 +112,7 @@ TEST(Attachments, OnPagesStayOnThem) {
     EXPECT_NE(outputOf({"pdfdetach", "-list", (composition.folder() / "out.pdf").string()})
                   .find("notes.txt"),
               std::string::npos);
-    static_cast<void>(composition.add(source, {2}).write());
+    composition.add(source, {2}).writeChecked();
     EXPECT_EQ(readFile(composition.folder() / "out.pdf").find("clipped"), std::string::npos);
 }
 

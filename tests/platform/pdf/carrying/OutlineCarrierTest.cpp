@@ -211,7 +211,7 @@ TEST(Outline, OfALongTitleIsNamedByItsBeginning) {
     TestPDF document("long", 2);
     document.addOutlineEntry(std::string(5'000, 't'), 1);
     Composition composition;
-    static_cast<void>(composition.add(composition.source("long.pdf", document), {1}).write());
+    composition.add(composition.source("long.pdf", document), {1}).writeChecked();
     EXPECT_EQ(composition.notes(), "outline-entry-dropped 1 (" + std::string(200, 't') + "...)");
 }
 
