@@ -140,17 +140,35 @@ def check_each(report, title, names, setup, commands, shorten=str.rstrip):
     report.say(f"{title}: {len(names)} files, {len(todo)} checked now, {len(bad)} with problems")
 
 
+def built_dependencies(folder):
+    """The files that each object was built from, absolute, as the build knows them."""
+    objects = {}
+    files = None
+    for line in output("ninja", "-C", str(folder), "-t", "deps").splitlines():
+        if line.startswith("    "):
+            if files is not None:
+                files.add(os.path.normpath(os.path.join(folder, line.strip())))
+            continue
+        name, _, state = line.partition(": #deps ")
+        files = objects.setdefault(name, set()) if state.endswith("(VALID)") else None
+    return {name: sorted(files) for name, files in objects.items()}
+
+
 def translation_units(ours):
-    """Each of our sources that some build compiles: its name, folder and command."""
+    """Each of our sources that some build compiles: its name, folder, command and the files that
+    it was built from, None if it was not."""
     units = {}
     for preset in DATABASES:
         path = ROOT / "build" / preset / "compile_commands.json"
         if not path.exists():
             continue
+        built = built_dependencies(path.parent)
         for entry in json.loads(path.read_text()):
             name = os.path.relpath(os.path.join(entry["directory"], entry["file"]), ROOT)
             if name in ours and name not in units:
-                units[name] = (path.parent, entry["directory"], entry["command"])
+                words = shlex.split(entry["command"])
+                files = built.get(words[words.index("-o") + 1])
+                units[name] = (path.parent, entry["directory"], entry["command"], files)
     return units
 
 
@@ -190,7 +208,7 @@ def check_tidy(report, sources, setup):
     units = translation_units(set(sources))
     prints = Fingerprints()
     todo = []
-    for name, (_, _, command) in units.items():
+    for name, (_, _, command, _) in units.items():
         record = folder / (digest(name) + ".json")
         if record.exists():
             old = json.loads(record.read_text())
@@ -202,8 +220,9 @@ def check_tidy(report, sources, setup):
         report.say(f"clang-tidy: checking {len(todo)} of {len(units)} files")
 
     def run(name):
-        database, directory, command = units[name]
-        files = dependencies(directory, command)
+        database, directory, command, files = units[name]
+        if files is None:
+            files = dependencies(directory, command)
         # Before the check, so that a file edited meanwhile is checked again.
         before = {path: Fingerprints().of(path) for path in files or []}
         done = subprocess.run(
