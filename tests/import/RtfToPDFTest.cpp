@@ -6,6 +6,7 @@
 #include "tests/import/TextConversion.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -17,6 +18,7 @@
 #include <stop_token>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 namespace quillorn::tests {
@@ -197,6 +199,29 @@ TEST_F(RtfToPDFTest, AKilledEngineCostsNothingButItsDocument) {
     ASSERT_TRUE(waitUntil([first]() { return ::kill(first, 0) != 0; }));
     EXPECT_EQ(converted(path), "text");
     EXPECT_NE(engines().office.processGroup(), first);
+}
+
+TEST_F(RtfToPDFTest, AnEngineKilledAmidADocumentIsReplacedOnce) {
+    EXPECT_EQ(converted(file("letter.rtf", R"({\rtf1\ansi text})")), "text");
+    std::string text = R"({\rtf1\ansi )";
+    for (int line = 0; line < 20'000; ++line) {
+        text += std::to_string(line * 7919) + R"( and more\par )";
+    }
+    const std::string path = file("long.rtf", text + "end}");
+    const pid_t first = engines().office.processGroup();
+    ASSERT_GT(first, 0);
+    std::atomic<bool> isDone = false;
+    std::jthread killer([&isDone, first]() {
+        std::this_thread::sleep_for(std::chrono::milliseconds{300}); // it is at work now
+        EXPECT_FALSE(isDone) << "the document is too short for this test";
+        ::kill(-first, SIGKILL);
+    });
+    RtfToPDF converter(engines(), cache);
+    EXPECT_TRUE(converter.convertRtfToPDF(path));
+    isDone = true;
+    killer.join();
+    EXPECT_NE(engines().office.processGroup(), first);
+    EXPECT_THAT(pageTexts(cache / "long.rtf").back(), HasSubstr("end"));
 }
 
 TEST_F(RtfToPDFTest, AStoppedConversionLeavesNothing) {

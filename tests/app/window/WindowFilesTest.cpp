@@ -1,4 +1,5 @@
 #include "tests/app/window/WindowFixture.h"
+#include "tests/fakes/PDFContents.h"
 #include "tests/fakes/TestPDF.h"
 #include "tests/fakes/TestServer.h"
 
@@ -189,6 +190,25 @@ TEST_F(WindowFilesTest, TheSameFileTwiceIsToldOf) {
     dropFiles(sourceBrowser(), {file});
     EXPECT_EQ(text, "Infomation: a.pdf already exists!");
     EXPECT_EQ(program().source().images().size(), 2U);
+}
+
+TEST_F(WindowFilesTest, ADroppedWordFileMayHaveABlankInItsNameAndStandsOnce) {
+    const std::string file = (files / "Report Q1.doc").string();
+    std::filesystem::copy_file(QUILLORN_TEST_DATA "/word/quarter.doc", file);
+    start();
+    EXPECT_TRUE(dropFiles(sourceBrowser(), {picture("b.png"), file}));
+    waitFor("the document", [this]() { return sourceTitles().size() == 2; });
+    EXPECT_THAT(sourceTitles(), ElementsAre("b.png", "Report Q1.doc"));
+    EXPECT_THAT(pageTexts(cache / "Report Q1.doc"),
+                ElementsAre(HasSubstr("Figures of the first quarter")));
+
+    std::string text;
+    answerAlert("OK", &text);
+    dropFiles(sourceBrowser(), {picture("c.png"), file});
+    waitFor("the alert", [this]() { return allShown(); });
+    EXPECT_EQ(text, "Infomation: Report Q1.doc already exists!");
+    EXPECT_THAT(sourceTitles(), ElementsAre("b.png", "Report Q1.doc", "c.png"));
+    EXPECT_EQ(program().source().images().size(), 3U);
 }
 
 TEST_F(WindowFilesTest, ALockedFileOpensWithItsPassword) {
