@@ -6,7 +6,9 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QEvent>
+#include <QList>
 #include <QStatusBar>
+#include <algorithm>
 
 namespace quillorn {
 
@@ -80,6 +82,8 @@ void MainWindow::connectView() {
         }
         other.browser().setFocus(Qt::ShortcutFocusReason);
     });
+    connect(&m_menus.dividerLeft, &QAction::triggered, this, [this]() { moveDivider(-1); });
+    connect(&m_menus.dividerRight, &QAction::triggered, this, [this]() { moveDivider(1); });
     connect(&m_menus.messages, &QAction::triggered, this,
             [this]() { m_messageLine->showMessages(); });
     connect(&m_menus.hide.action, &QAction::triggered, this, &QWidget::showMinimized);
@@ -90,6 +94,14 @@ void MainWindow::connectView() {
     };
     popUp(*m_sourcePane, m_menus.sourceContext);
     popUp(*m_outputPane, m_menus.outputContext);
+}
+
+void MainWindow::moveDivider(int direction) {
+    constexpr int steps = 20; // from one side to the other
+    const QList<int> sizes = m_splitter->sizes();
+    const int whole = sizes.at(0) + sizes.at(1);
+    const int left = std::clamp(sizes.at(0) + direction * whole / steps, 0, whole);
+    m_splitter->setSizes({left, whole - left});
 }
 
 void MainWindow::showMoreArrows() {

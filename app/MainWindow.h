@@ -66,6 +66,8 @@ private:
     /// Gives the buttons that lead to what has no room an arrow in the palette's colours; the
     /// style's own is dark whatever it stands on.
     void showMoreArrows();
+    /// By a step to the left (-1) or the right (1).
+    void moveDivider(int direction);
 
     WindowMenus m_menus;
     WindowSheets m_sheets;

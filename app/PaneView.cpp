@@ -5,7 +5,9 @@
 #include <QFont>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QPalette>
+#include <QRect>
 #include <QResizeEvent>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -17,6 +19,7 @@ namespace {
 constexpr int sliderWidth = 110;     // logical pixels, where there is room
 constexpr int leastSliderWidth = 40; // logical pixels
 constexpr int headingMargin = 6;     // logical pixels
+constexpr int keysLine = 2;          // logical pixels
 
 } // namespace
 
@@ -77,7 +80,9 @@ PaneView::PaneView(const QString& title, PagePictures& pictures, QWidget* parent
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addLayout(heading);
+    layout->addSpacing(keysLine);
     layout->addWidget(m_browser, 1);
+    m_browser->installEventFilter(this);
     m_browser->setAccessibleName(title);
     m_browser->setMinimumSize(1, 1);
     m_browser->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
@@ -90,6 +95,21 @@ void PaneView::changeEvent(QEvent* event) {
     if (event->type() == QEvent::PaletteChange) {
         softenSummary();
     }
+}
+
+void PaneView::paintEvent(QPaintEvent* event) {
+    QWidget::paintEvent(event);
+    if (m_browser->hasFocus()) {
+        QPainter(this).fillRect(QRect(0, m_browser->y() - keysLine, width(), keysLine),
+                                palette().color(QPalette::Highlight));
+    }
+}
+
+bool PaneView::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
+        update();
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void PaneView::softenSummary() {

@@ -105,6 +105,8 @@ WindowMenus::WindowMenus(QMainWindow& window)
                                  {keys(Qt::CTRL | Qt::SHIFT | Qt::Key_Right)}})),
       otherPane(
           addBehindSeparator(view, {QObject::tr("Switch to Other &Pane"), {}, {keys(Qt::Key_F6)}})),
+      dividerLeft(addTo(view, {QObject::tr("Move &Divider Left"), {}, {keys(Qt::Key_F7)}})),
+      dividerRight(addTo(view, {QObject::tr("Move Divider &Right"), {}, {keys(Qt::Key_F8)}})),
       messages(addTo(view, {QObject::tr("&Messages"), "messages"})),
       fullScreen(addBehindSeparator(
           view, {QObject::tr("&Full Screen"), "fullScreen", {keys(Qt::Key_F11)}})),

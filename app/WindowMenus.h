@@ -72,6 +72,8 @@ struct WindowMenus {
     QAction& viewCollapseAll;
     QAction& viewExpandAll;
     QAction& otherPane;
+    QAction& dividerLeft;
+    QAction& dividerRight;
     QAction& messages;
     QAction& fullScreen;
 

@@ -1,5 +1,6 @@
 #include "tests/app/window/WindowFixture.h"
 
+#include <QImage>
 #include <QLabel>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -29,6 +30,45 @@ TEST_F(WindowLookTest, TheHeadingOfAPaneIsWholeAndItsSummaryWholeOrLeftOut) {
         }
     }
     EXPECT_TRUE(wasShown && wasLeftOut);
+}
+
+TEST_F(WindowLookTest, ThePaneThatHasTheKeysIsMarked) {
+    start();
+    open({pdf("a.pdf", 3)});
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
+    const auto isMarked = [](PaneView& pane) {
+        const QRect line(0, pane.browser().y() - 1, pane.width(), 1);
+        const QImage image = pane.grab(line).toImage();
+        return image.pixelColor(image.width() / 2, 0) ==
+               pane.palette().color(QPalette::Active, QPalette::Highlight);
+    };
+    sourceBrowser().setFocus();
+    EXPECT_TRUE(isMarked(window().sourcePane()));
+    EXPECT_FALSE(isMarked(window().outputPane()));
+    QTest::keyClick(&sourceBrowser(), Qt::Key_F6);
+    EXPECT_FALSE(isMarked(window().sourcePane()));
+    EXPECT_TRUE(isMarked(window().outputPane()));
+}
+
+TEST_F(WindowLookTest, KeysMoveTheDivider) {
+    start();
+    open({pdf("a.pdf", 3)});
+    const auto left = [this]() { return window().splitter().sizes().at(0); };
+    const int before = left();
+    QTest::keyClick(&window(), Qt::Key_F7);
+    EXPECT_LT(left(), before);
+    QTest::keyClick(&window(), Qt::Key_F8);
+    QTest::keyClick(&window(), Qt::Key_F8);
+    EXPECT_GT(left(), before);
+    for (int i = 0; i < 30; ++i) {
+        QTest::keyClick(&window(), Qt::Key_F8);
+    }
+    const int least = window().splitter().sizes().at(1);
+    EXPECT_GT(least, 0) << "keys fold no pane away";
+    for (int i = 0; i < 5; ++i) {
+        QTest::keyClick(&window(), Qt::Key_F7);
+    }
+    EXPECT_GT(window().splitter().sizes().at(1), least);
 }
 
 } // namespace
