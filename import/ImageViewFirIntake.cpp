@@ -110,7 +110,7 @@ void ImageViewFir::addByRoutes(const std::vector<std::string>& paths, Route rout
             m_services.mainThread.runAndWait([this]() { updateDatasource(); });
         }
         if (!run.goesOn()) {
-            tellRest(paths.size() - i - 1);
+            tellRest(paths.size() - i - (run.isCancelled ? 0 : 1)); // amid a file, or behind it
             return;
         }
     }
@@ -199,7 +199,7 @@ bool ImageViewFir::dropFiles(const std::vector<std::string>& files) {
         addByRoute(files[i], route, run);
         updateDatasource();
         if (!run.goesOn()) {
-            tellRest(files.size() - i - 1);
+            tellRest(files.size() - i - (run.isCancelled ? 0 : 1));
             return true;
         }
     }

@@ -256,7 +256,7 @@ TEST_F(ImageViewFirIntakeTest, CancellingAConversionEndsTheWholeList) {
                              source.pdf("d.pdf", 1)}));
     EXPECT_EQ(source.shown(), "a.png: a.png");
     EXPECT_EQ(source.conversions.calls(), (Names{"image2PDF a.png", "image2PDF b.png"}));
-    EXPECT_EQ(source.statusLine.m_messages, Names{"Cancelled. 2 files were not read."});
+    EXPECT_EQ(source.statusLine.m_messages, Names{"Cancelled. 3 files were not read."});
 }
 
 TEST_F(ImageViewFirIntakeTest, ImportDocumentsOffersEveryTypeOfADropAndTakesItsWay) {
