@@ -211,7 +211,9 @@ private:
     bool perform(const std::string& text, ImportRun& run, const LongWork::Work& work);
     [[nodiscard]] ImportResult<std::shared_ptr<PDFDocument>>
     openLabelled(const std::string& path, const std::optional<std::string>& password) const;
-    void tellRest(std::size_t unread);
+    /// Says how many of a list were not read: `left` are behind the file that the run ended with,
+    /// that file included.
+    void tellRest(const ImportRun& run, std::size_t left);
 
     ImageViewFirOutlets m_outlets;
     ImageViewFirServices m_services;

@@ -110,13 +110,15 @@ void ImageViewFir::addByRoutes(const std::vector<std::string>& paths, Route rout
             m_services.mainThread.runAndWait([this]() { updateDatasource(); });
         }
         if (!run.goesOn()) {
-            tellRest(paths.size() - i - (run.isCancelled ? 0 : 1)); // amid a file, or behind it
+            tellRest(run, paths.size() - i);
             return;
         }
     }
 }
 
-void ImageViewFir::tellRest(std::size_t unread) {
+void ImageViewFir::tellRest(const ImportRun& run, std::size_t left) {
+    // Cancelled amid a file, which was not read then, or behind it.
+    const std::size_t unread = run.isCancelled ? left : left - 1;
     if (unread > 0) {
         m_services.mainThread.runAndWait([this, unread]() {
             m_services.statusLine.showMessage(
@@ -199,7 +201,7 @@ bool ImageViewFir::dropFiles(const std::vector<std::string>& files) {
         addByRoute(files[i], route, run);
         updateDatasource();
         if (!run.goesOn()) {
-            tellRest(files.size() - i - (run.isCancelled ? 0 : 1));
+            tellRest(run, files.size() - i);
             return true;
         }
     }
@@ -224,13 +226,15 @@ bool ImageViewFir::perform(const std::string& text, ImportRun& run, const LongWo
 }
 
 void ImageViewFir::convert(const std::string& path, Conversion conversion, ImportRun& run) {
+    // A namesake waits until this file stands in the pane: it would write over it before.
+    std::optional<NameTurns::Turn> turn;
     std::optional<ImportResult<std::string>> converted;
     std::optional<ImportResult<std::shared_ptr<PDFDocument>>> opened;
     const bool finished =
         perform("Converting " + lastPathComponent(path), run,
-                [this, &path, conversion, &converted, &opened](const std::stop_token& stop) {
-                    const NameTurns::Turn turn(m_conversionTurns, lastPathComponent(path), stop);
-                    if (!turn.hasCome()) {
+                [this, &path, conversion, &turn, &converted, &opened](const std::stop_token& stop) {
+                    turn.emplace(m_conversionTurns, lastPathComponent(path), stop);
+                    if (!turn->hasCome()) {
                         return;
                     }
                     converted = (m_services.conversions.*conversion)(path, stop);

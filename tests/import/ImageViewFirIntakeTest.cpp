@@ -412,22 +412,27 @@ TEST_F(WorkerIntakeTest, NamesakesOfTwoListsAreNotMistakenForEachOther) {
     OwnedThreads threads;
     tests::SourcePane source(window.queue, threads, work);
     const Namesakes photos(source);
-    // The first stands there but is not open yet; the second had better wait.
     std::promise<void> firstStands;
     std::atomic<int> standing = 0;
-    source.conversions.m_after = [&firstStands, &standing]() {
+    const auto givesTheSecondTime = [&standing]() {
+        const auto patience = std::chrono::steady_clock::now() + std::chrono::milliseconds(300);
+        while (standing == 1 && std::chrono::steady_clock::now() < patience) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    };
+    source.conversions.m_after = [&firstStands, &standing, &givesTheSecondTime]() {
         if (++standing == 1) {
             firstStands.set_value();
-            const auto patience = std::chrono::steady_clock::now() + std::chrono::milliseconds(300);
-            while (standing == 1 && std::chrono::steady_clock::now() < patience) {
-                std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            }
+            givesTheSecondTime();
         }
     };
     source.alerts.expect("Infomation", "photo.png already exists!");
     source.pane.openFilesLoad({photos.one});
     firstStands.get_future().wait();
     source.pane.openFilesLoad({photos.two});
+    givesTheSecondTime(); // before the first is open
+    givesTheSecondTime(); // before it stands in the pane, which this thread would see to
+    EXPECT_EQ(standing, 1) << "the second waits for the first";
     window.runUntil(
         [&source]() { return source.alerts.isDone() && !source.pane.groupArray().empty(); });
     EXPECT_EQ(source.shown(), "photo.png: photo.png");
