@@ -7,7 +7,6 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPalette>
-#include <QRect>
 #include <QResizeEvent>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -19,7 +18,7 @@ namespace {
 constexpr int sliderWidth = 110;     // logical pixels, where there is room
 constexpr int leastSliderWidth = 40; // logical pixels
 constexpr int headingMargin = 6;     // logical pixels
-constexpr int keysLine = 2;          // logical pixels
+constexpr int keysLineHeight = 2;    // logical pixels
 
 } // namespace
 
@@ -80,7 +79,7 @@ PaneView::PaneView(const QString& title, PagePictures& pictures, QWidget* parent
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addLayout(heading);
-    layout->addSpacing(keysLine);
+    layout->addSpacing(keysLineHeight);
     layout->addWidget(m_browser, 1);
     m_browser->installEventFilter(this);
     m_browser->setAccessibleName(title);
@@ -100,14 +99,17 @@ void PaneView::changeEvent(QEvent* event) {
 void PaneView::paintEvent(QPaintEvent* event) {
     QWidget::paintEvent(event);
     if (m_browser->hasFocus()) {
-        QPainter(this).fillRect(QRect(0, m_browser->y() - keysLine, width(), keysLine),
-                                palette().color(QPalette::Highlight));
+        QPainter(this).fillRect(keysLine(), palette().color(QPalette::Highlight));
     }
+}
+
+QRect PaneView::keysLine() const {
+    return {0, m_browser->y() - keysLineHeight, width(), keysLineHeight};
 }
 
 bool PaneView::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
-        update();
+        update(keysLine());
     }
     return QWidget::eventFilter(watched, event);
 }

@@ -4,6 +4,7 @@
 #include "platform/browser/PagePictures.h"
 
 #include <QLabel>
+#include <QRect>
 #include <QSlider>
 #include <QString>
 #include <QWidget>
@@ -66,6 +67,7 @@ protected:
 private:
     void showSummary();
     void softenSummary();
+    [[nodiscard]] QRect keysLine() const;
 
     QString m_summaryText;
     QLabel* m_title;

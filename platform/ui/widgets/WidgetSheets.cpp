@@ -79,6 +79,14 @@ void WidgetSheet::orderOut() {
     }
 }
 
+WidgetProgressSheet::WidgetProgressSheet(QWidget& mainWindow, std::function<void()> cancelled)
+    : m_mainWindow(mainWindow), m_cancelled(std::move(cancelled)) {
+    constexpr int patience = 500; // milliseconds, where another program keeps the keys
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(patience);
+    QObject::connect(&m_patience, &QTimer::timeout, &m_patience, [this]() { hideIfDone(); });
+}
+
 void WidgetProgressSheet::make() {
     auto* const dialog = new QDialog(&sheetParent(m_mainWindow)); // owned by its parent
     dialog->setWindowModality(Qt::WindowModal);
@@ -108,6 +116,7 @@ void WidgetProgressSheet::make() {
 
 void WidgetProgressSheet::begin(std::size_t maximum) {
     m_isWriting = true;
+    m_patience.stop();
     m_value = 0;
     QDialog* const earlier = m_dialog.data();
     if (earlier == nullptr || !earlier->isVisible()) {
@@ -142,12 +151,11 @@ void WidgetProgressSheet::end() {
     if (QDialog* const dialog = m_dialog.data()) {
         // Not at once: the next file may begin right behind this one.
         QTimer::singleShot(0, dialog, [this]() { hideIfDone(); });
-        constexpr int patience = 500; // milliseconds, where another program keeps the keys
-        QTimer::singleShot(patience, dialog, [this]() { hideIfDone(true); });
+        m_patience.start();
     }
 }
 
-void WidgetProgressSheet::hideIfDone(bool isLate) {
+void WidgetProgressSheet::hideIfDone() {
     // Some window managers lose the keys where windows come and go this fast: given to a window
     // that is already gone, or to none when two go at once. So it stays until it has them, and
     // hands them on itself.
@@ -156,11 +164,11 @@ void WidgetProgressSheet::hideIfDone(bool isLate) {
         return;
     }
     const bool hasKeys = dialog->isActiveWindow();
-    if (hasKeys || isLate) {
+    if (hasKeys || !m_patience.isActive()) {
         dialog->hide();
     }
     if (hasKeys) {
-        m_mainWindow.activateWindow();
+        sheetParent(m_mainWindow).activateWindow();
     }
 }
 

@@ -6,6 +6,7 @@
 #include <QDialogButtonBox>
 #include <QPointer>
 #include <QProgressBar>
+#include <QTimer>
 #include <cstddef>
 #include <functional>
 #include <vector>
@@ -52,8 +53,7 @@ private:
 class WidgetProgressSheet final : public ProgressSheet {
 public:
     /// `cancelled` is called by the cancel button, Escape and the close box.
-    WidgetProgressSheet(QWidget& mainWindow, std::function<void()> cancelled)
-        : m_mainWindow(mainWindow), m_cancelled(std::move(cancelled)) {}
+    WidgetProgressSheet(QWidget& mainWindow, std::function<void()> cancelled);
 
     void begin(std::size_t maximum) override;
     void setValue(std::size_t value) override;
@@ -61,9 +61,9 @@ public:
 
 private:
     void make();
-    /// Hides it when nothing is written any more and it has the keys, which then go to the main
-    /// window; without the keys only when it `isLate`.
-    void hideIfDone(bool isLate = false);
+    /// Hides it when nothing is written any more and it has the keys, which then go to the window
+    /// below it; without the keys only once the patience is over.
+    void hideIfDone();
 
     QWidget& m_mainWindow;
     std::function<void()> m_cancelled;
@@ -72,6 +72,7 @@ private:
     std::size_t m_value = 0; ///< what the bar is to show
     bool m_isValueAwaited = false;
     bool m_isWriting = false;
+    QTimer m_patience; ///< how long it waits for the keys when it is done
 };
 
 } // namespace quillorn
