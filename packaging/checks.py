@@ -140,8 +140,18 @@ def check_each(report, title, names, setup, commands, shorten=str.rstrip):
     report.say(f"{title}: {len(names)} files, {len(todo)} checked now, {len(bad)} with problems")
 
 
+def is_older(target, files):
+    """Whether a file of these was changed since `target` was made from them, or either is gone."""
+    try:
+        made = os.stat(target).st_mtime_ns
+        return any(os.stat(path).st_mtime_ns > made for path in files)
+    except FileNotFoundError:
+        return True
+
+
 def built_dependencies(folder):
-    """The files that each object was built from, absolute, as the build knows them."""
+    """The files that each object was built from, absolute, as the build knows them. Objects that
+    are out of date, whose sources may include other files by now, are left out."""
     objects = {}
     files = None
     for line in output("ninja", "-C", str(folder), "-t", "deps").splitlines():
@@ -151,7 +161,11 @@ def built_dependencies(folder):
             continue
         name, _, state = line.partition(": #deps ")
         files = objects.setdefault(name, set()) if state.endswith("(VALID)") else None
-    return {name: sorted(files) for name, files in objects.items()}
+    return {
+        name: sorted(files)
+        for name, files in objects.items()
+        if not is_older(folder / name, files)
+    }
 
 
 def translation_units(ours):
