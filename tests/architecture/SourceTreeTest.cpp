@@ -1,12 +1,10 @@
 #include "tests/architecture/IncludeRules.h"
+#include "tests/fakes/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -15,30 +13,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class TemporaryFolder {
+/// A folder of sources of its own.
+class SourceFolder {
 public:
-    TemporaryFolder() {
-        std::string pattern = (fs::temp_directory_path() / "quillorn-architecture-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) {
-            throw std::runtime_error("cannot make a temporary folder");
-        }
-        m_path = pattern;
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        fs::remove_all(m_path, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
     void write(const std::string& name, const std::string& text) const {
-        fs::create_directories((m_path / name).parent_path());
-        std::ofstream(m_path / name) << text;
+        fs::create_directories((path() / name).parent_path());
+        tests::writeFile(path() / name, text);
     }
-    [[nodiscard]] const fs::path& path() const { return m_path; }
+    [[nodiscard]] const fs::path& path() const { return m_folder.path(); }
 
 private:
-    fs::path m_path;
+    tests::TemporaryFolder m_folder;
 };
 
 TEST(SourceTree, IncludesOnlyInAllowedDirections) {
@@ -51,7 +36,7 @@ TEST(SourceTree, IncludesOnlyInAllowedDirections) {
 }
 
 TEST(SourceTree, IsReadWithoutWhatIsBuiltOrHidden) {
-    const TemporaryFolder root;
+    const SourceFolder root;
     root.write("model/Item.h", "// item");
     root.write("model/build/Step.cpp", "// step");
     root.write("model/notes.md", "");
@@ -68,7 +53,7 @@ TEST(SourceTree, IsReadWithoutWhatIsBuiltOrHidden) {
 }
 
 TEST(SourceTree, ShowsAForbiddenIncludeOfAFileOnDisk) {
-    const TemporaryFolder root;
+    const SourceFolder root;
     root.write("model/Item.h", "#include \"app/Window.h\"\n");
     root.write("app/Window.h", "#include \"model/Item.h\"\n");
 

@@ -1,6 +1,6 @@
 #include "tests/corpus/Corpus.h"
 #include "tests/corpus/IsolatedRun.h"
-#include "tests/corpus/TemporaryFolder.h"
+#include "tests/fakes/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -39,7 +39,7 @@ TEST(Corpus, HoldsEveryFileOfItsManifest) {
 }
 
 TEST(Corpus, SaysHowMuchOfItDoesNotRun) {
-    const TemporaryFolder folder;
+    const tests::TemporaryFolder folder;
     std::ofstream(folder.path() / "MANIFEST.tsv") << "path\tbytes\npdf/here.pdf\t5\n";
     std::ofstream(folder.path() / "missing.tsv") << "path\tbytes\npdf/a.pdf\t5\npdf/b.pdf\t6\n";
     const Corpus selection(folder.path(), folder.path() / "missing.tsv");
@@ -55,20 +55,20 @@ TEST(Corpus, SaysHowMuchOfItDoesNotRun) {
 }
 
 TEST(Corpus, IsNotTakenForWholeWithoutTheListOfWhatIsMissing) {
-    const TemporaryFolder folder;
+    const tests::TemporaryFolder folder;
     std::ofstream(folder.path() / "MANIFEST.tsv") << "path\tbytes\npdf/here.pdf\t5\n";
     EXPECT_NE(Corpus(folder.path(), folder.path() / "missing.tsv").problem(), "");
 }
 
 TEST(Corpus, WithoutAManifestIsAProblem) {
-    const TemporaryFolder folder;
+    const tests::TemporaryFolder folder;
     const Corpus corpus(folder.path(), {});
     EXPECT_NE(corpus.problem(), "");
     EXPECT_TRUE(corpus.documents("pdf").empty());
 }
 
 TEST(Corpus, ReadsDocumentsByTheirFolder) {
-    const TemporaryFolder folder;
+    const tests::TemporaryFolder folder;
     std::ofstream(folder.path() / "MANIFEST.tsv") << "path\tbytes\tpassword\n"
                                                      "pdf/One file.pdf\t5\t\n"
                                                      "pdf-encrypted/b.pdf\t7\tuser: x\n";

@@ -1,7 +1,7 @@
 #include "platform/pdf/PDFSource.h"
 #include "tests/corpus/Corpus.h"
 #include "tests/corpus/Handling.h"
-#include "tests/corpus/TemporaryFolder.h"
+#include "tests/fakes/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -93,7 +93,7 @@ TEST(PageCount, IsNotBelievedWhenTheFileCannotHoldSoManyPages) {
     }
     file << "trailer\n<</Size 4/Root 1 0 R>>\nstartxref\n" << body.size() << "\n%%EOF\n";
 
-    const TemporaryFolder folder;
+    const tests::TemporaryFolder folder;
     std::ofstream(folder.path() / "input.pdf", std::ios::binary) << file.str();
     const auto source = PDFSource::open(folder.path() / "input.pdf");
     ASSERT_TRUE(source) << source.error().reason;

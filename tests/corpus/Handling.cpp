@@ -4,7 +4,7 @@
 #include "tests/corpus/IsolatedRun.h"
 #include "tests/corpus/OpenedDocument.h"
 #include "tests/corpus/OutsideView.h"
-#include "tests/corpus/TemporaryFolder.h"
+#include "tests/fakes/TemporaryFolder.h"
 
 #include <charconv>
 #include <fstream>
@@ -82,7 +82,7 @@ std::string problemOf(const fs::path& output, std::size_t promisedPages) {
 } // namespace
 
 std::string misbehaviourWith(const Document& document) {
-    const TemporaryFolder folder;
+    const tests::TemporaryFolder folder;
     const fs::path output = folder.path() / "output.pdf";
     const IsolatedRun run = runIsolated([&] { return handle(document, output); });
     const std::string_view report(run.report);
@@ -108,7 +108,7 @@ std::string misbehaviourWith(const Document& document) {
 }
 
 std::string misbehaviourWith(const std::string& bytes, const Document& like) {
-    const TemporaryFolder folder;
+    const tests::TemporaryFolder folder;
     Document document = like;
     document.file = folder.path() / "input.pdf";
     std::ofstream(document.file, std::ios::binary) << bytes;

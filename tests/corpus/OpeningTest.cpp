@@ -1,7 +1,7 @@
 #include "platform/pdf/OpeningFacts.h"
 #include "tests/corpus/Corpus.h"
 #include "tests/corpus/OutsideProgram.h"
-#include "tests/corpus/TemporaryFolder.h"
+#include "tests/fakes/TemporaryFolder.h"
 
 #include <fcntl.h>
 #include <filesystem>
@@ -29,7 +29,7 @@ TEST(Opening, NeverFindsWhatTheLibraryDoesNot) {
 
 /// As they are, and as newer programs would have saved them.
 TEST(Opening, FindsWhatTheLibraryFindsInLongDocuments) {
-    const TemporaryFolder folder;
+    const tests::TemporaryFolder folder;
     const std::filesystem::path packed = folder.path() / "packed.pdf";
     for (const Document& document : Corpus::get().documents("pdf")) {
         if (!openingFactsByLibrary(inputOf(document.file))) {

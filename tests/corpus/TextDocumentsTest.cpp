@@ -3,7 +3,7 @@
 #include "import/WordConverter.h"
 #include "tests/corpus/Corpus.h"
 #include "tests/corpus/OutsideProgram.h"
-#include "tests/corpus/TemporaryFolder.h"
+#include "tests/fakes/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -52,7 +52,7 @@ protected:
 };
 
 TEST_P(TextDocument, BecomesAFlawlessPdfOrIsRefusedWithAMessage) {
-    const TemporaryFolder folder;
+    const tests::TemporaryFolder folder;
     TextDocumentConverter converter({folder.path()});
     const auto& file = GetParam().file;
     const auto converted = converter.rtf2PDF(file.string());
@@ -64,7 +64,7 @@ TEST_P(TextDocument, BecomesAFlawlessPdfOrIsRefusedWithAMessage) {
 class DroppedWordDocument : public TextDocument {};
 
 TEST_P(DroppedWordDocument, BecomesAFlawlessPdfOrIsRefusedWithAMessage) {
-    const TemporaryFolder folder;
+    const tests::TemporaryFolder folder;
     WebPageConverter html({folder.path(), false});
     WordConverter converter(html, {folder.path()});
     const auto& file = GetParam().file;

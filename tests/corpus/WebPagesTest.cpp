@@ -3,7 +3,7 @@
 #include "platform/print/WebArchive.h"
 #include "tests/corpus/Corpus.h"
 #include "tests/corpus/OutsideProgram.h"
-#include "tests/corpus/TemporaryFolder.h"
+#include "tests/fakes/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -123,7 +123,7 @@ protected:
 };
 
 TEST_P(WebPage, BecomesAFlawlessPdfOrIsRefusedWithAMessage) {
-    const TemporaryFolder folder;
+    const tests::TemporaryFolder folder;
     WebPageConverter converter({folder.path(), false});
     const auto pdf = converter.html2PDF(GetParam().file.string(), {});
     if (!pdf) {

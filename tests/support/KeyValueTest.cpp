@@ -13,6 +13,7 @@
 #include <numeric>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -143,6 +144,23 @@ TEST_F(KeyValue, UnreadableStoreIsLeftAlone) {
         EXPECT_FALSE(files.SetKeyValue("new", uint32_t{3}, "k"));
     });
     ASSERT_EQ(chmod(globalFile().c_str(), 0600), 0);
+    EXPECT_EQ(ReadFile(globalFile()), before);
+}
+
+TEST_F(KeyValue, StoreInAFolderThatCannotBeWrittenStaysAsItIs) {
+    EXPECT_TRUE(m_files.SetKeyValue("old", uint32_t{3}, "k"));
+    const std::string before = ReadFile(globalFile());
+    const std::string lock = globalFile() + ".lock";
+    const std::filesystem::path folder = std::filesystem::path(lock).parent_path();
+    for (const auto& [path, mode] :
+         {std::pair(lock, mode_t{0666}), {globalFile(), 0666}, {folder.string(), 0555}}) {
+        ASSERT_EQ(chmod(path.c_str(), mode), 0);
+    }
+    AsOrdinaryUser([&] {
+        CASFileManager files;
+        EXPECT_FALSE(files.SetKeyValue("new", uint32_t{3}, "k"));
+    });
+    ASSERT_EQ(chmod(folder.c_str(), 0755), 0);
     EXPECT_EQ(ReadFile(globalFile()), before);
 }
 

@@ -1,21 +1,23 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 
-// A folder for one test, removed with all it holds. Any user may look into it.
+// A folder for one test, removed with all it holds. Any user may look into it. Throws
+// std::runtime_error where the folder, or a file in it, cannot be written.
 class TemporaryFolder {
 public:
     TemporaryFolder() {
         std::string name = (std::filesystem::temp_directory_path() / "support_XXXXXX").string();
-        EXPECT_NE(mkdtemp(name.data()), nullptr);
+        if (mkdtemp(name.data()) == nullptr) {
+            throw std::runtime_error("cannot make a folder like " + name);
+        }
         m_path = name;
         std::filesystem::permissions(m_path, std::filesystem::perms(0755));
     }
@@ -32,7 +34,12 @@ public:
     std::string write(const std::string& name, const std::string& bytes) const {
         std::string file = *this / name;
         std::filesystem::create_directories(std::filesystem::path(file).parent_path());
-        std::ofstream(file, std::ios::binary) << bytes;
+        std::ofstream stream(file, std::ios::binary);
+        stream << bytes;
+        stream.close();
+        if (!stream) {
+            throw std::runtime_error("cannot write " + file);
+        }
         return file;
     }
 
