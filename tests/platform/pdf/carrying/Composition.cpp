@@ -19,13 +19,8 @@ namespace quillorn::tests {
 namespace {
 
 /// Some ten times what the slowest of them takes. Memory is not limited under a sanitizer.
-#ifdef QUILLORN_SANITIZERS
-constexpr std::uint64_t writeSeconds = 300;
-#else
-constexpr std::uint64_t writeSeconds = 60;
-#endif
-constexpr corpus::IsolationLimits writeLimits{writeSeconds, std::uint64_t{2} << 30U,
-                                              std::chrono::seconds(500)};
+constexpr corpus::IsolationLimits writeLimits{80, std::uint64_t{2} << 30U,
+                                              std::chrono::seconds(400)};
 
 } // namespace
 

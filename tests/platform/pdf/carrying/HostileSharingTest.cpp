@@ -26,7 +26,7 @@ protected:
 };
 
 TEST_F(HostileSharing, AListOfLinksByThousandsOfPagesOneOfWhichIsRepeated) {
-    constexpr std::size_t links = many(8);
+    constexpr std::size_t links = many(32'000);
     constexpr std::size_t pages = 2'000;
     const std::size_t list = document.add();
     const std::size_t page = addPages(pages, "/Annots " + referenceTo(list));
@@ -44,9 +44,8 @@ TEST_F(HostileSharing, AListOfLinksByThousandsOfPagesOneOfWhichIsRepeated) {
     EXPECT_THAT(composition.notes(), HasSubstr("structure-limited"));
 }
 
-TEST_F(HostileSharing, AListOfFieldsByAPageRepeatedHundredsOfTimes) {
-    constexpr std::size_t times = 200;
-    constexpr std::size_t fields = many(8);
+TEST_F(HostileSharing, AListOfFieldsByAPageRepeatedAThousandTimes) {
+    constexpr std::size_t fields = many(32'000);
     const std::size_t field = document.next();
     for (std::size_t i = 0; i < fields; ++i) {
         document.add("<< /Subtype /Widget /Rect [0 0 9 9] /FT /Tx /T (f" + std::to_string(i) +
@@ -55,16 +54,16 @@ TEST_F(HostileSharing, AListOfFieldsByAPageRepeatedHundredsOfTimes) {
     document.addPage("/Annots " + references(field, fields));
     const auto hostile = source("/AcroForm << /Fields " + references(field, fields) + " >>");
     const std::filesystem::path written =
-        composition.add(hostile, std::vector<std::size_t>(times, 1)).writeUnchecked();
+        composition.add(hostile, std::vector<std::size_t>(1'000, 1)).writeUnchecked();
     EXPECT_THAT(composition.notes(), HasSubstr("structure-limited"));
     EXPECT_LT(composition.report().bytes, 20 * mebibyte);
     const WrittenPDF file(written);
     EXPECT_THAT(file.annotations(1), SizeIs(fields));
-    EXPECT_THAT(file.annotations(times), SizeIs(fields));
+    EXPECT_THAT(file.annotations(1'000), SizeIs(fields));
 }
 
 TEST_F(HostileSharing, ADestinationOfThousandsOfItemsByThousandsOfLinks) {
-    constexpr std::size_t links = many(8);
+    constexpr std::size_t links = many(32'000);
     std::string items;
     for (std::size_t i = 0; i < 100'000; ++i) {
         items += " 0";
@@ -86,7 +85,7 @@ TEST_F(HostileSharing, ADestinationOfThousandsOfItemsByThousandsOfLinks) {
 }
 
 TEST_F(HostileSharing, AListOfChildrenByThousandsOfFields) {
-    constexpr std::size_t fields = many(5);
+    constexpr std::size_t fields = many(20'000);
     const std::size_t kids = document.add();
     const std::size_t field = document.next();
     for (std::size_t i = 0; i < fields; ++i) {
@@ -109,7 +108,7 @@ TEST_F(HostileSharing, AListOfChildrenByThousandsOfFields) {
 }
 
 TEST_F(HostileSharing, AListOfBeadsByThousandsOfPages) {
-    constexpr std::size_t beads = many(12);
+    constexpr std::size_t beads = many(50'000);
     const std::size_t list = document.add();
     const std::size_t page = addPages(2'000, "/B " + referenceTo(list));
     const std::size_t thread = document.next();
@@ -129,7 +128,7 @@ TEST_F(HostileSharing, AListOfBeadsByThousandsOfPages) {
 
 TEST_F(HostileSharing, AnActionOfManyStepsOneOfWhichIsLost) {
     constexpr std::size_t steps = 60;
-    constexpr std::size_t links = many(8);
+    constexpr std::size_t links = many(32'000);
     const std::size_t chain = document.next();
     for (std::size_t i = 0; i < steps; ++i) {
         document.add("<< /S /URI /URI (u) /Next " + referenceTo(chain + i + 1) + " >>");
@@ -150,8 +149,8 @@ TEST_F(HostileSharing, AnActionOfManyStepsOneOfWhichIsLost) {
 }
 
 TEST_F(HostileSharing, AListOfFieldsByThousandsOfActions) {
-    constexpr std::size_t fields = many(5);
-    constexpr std::size_t buttons = many(2);
+    constexpr std::size_t fields = many(20'000);
+    constexpr std::size_t buttons = many(10'000);
     const std::size_t list = document.add();
     std::string names;
     const std::size_t field = document.next();
@@ -178,7 +177,7 @@ TEST_F(HostileSharing, AListOfFieldsByThousandsOfActions) {
 }
 
 TEST_F(HostileSharing, TextsOfAMegabyteByThousandsOfFieldsAndPages) {
-    constexpr std::size_t fields = many(5);
+    constexpr std::size_t fields = many(20'000);
     const std::string text = "(" + std::string(mebibyte, 'x') + ")";
     const std::size_t shared = document.add(text);
     const std::size_t top = document.add("<< /T " + referenceTo(shared) + " >>");
@@ -202,7 +201,7 @@ TEST_F(HostileSharing, TextsOfAMegabyteByThousandsOfFieldsAndPages) {
 }
 
 TEST_F(HostileSharing, AListOfLayersByThousandsOfRules) {
-    constexpr std::size_t layers = many(5);
+    constexpr std::size_t layers = many(20'000);
     const std::size_t group = document.next();
     for (std::size_t i = 0; i < layers; ++i) {
         document.add("<< /Type /OCG /Name (n) >>");
@@ -246,7 +245,7 @@ TEST_F(HostileSharing, APacketThatStatesTheSameThroughout) {
 }
 
 TEST_F(HostileSharing, APictureAndAListOfChoicesByThousandsOfFieldsToBeDrawn) {
-    constexpr std::size_t fields = many(5);
+    constexpr std::size_t fields = many(20'000);
     const std::size_t font =
         document.add("<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica /Encoding "
                      "/WinAnsiEncoding >>");

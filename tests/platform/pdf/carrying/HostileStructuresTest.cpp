@@ -31,7 +31,7 @@ TEST_F(HostileStructures, OutlinesThatLoop) {
 }
 
 TEST_F(HostileStructures, OutlinesOfAHundredThousandEntries) {
-    constexpr std::size_t entries = many(25);
+    constexpr std::size_t entries = many(100'000);
     const std::size_t page = addPages(2);
     const std::size_t root = document.next();
     document.add("<< /First " + referenceTo(root + 1) + " >>");
@@ -89,9 +89,9 @@ TEST_F(HostileStructures, LabelTreesThatLoop) {
 }
 
 TEST_F(HostileStructures, ThousandsOfLinksOnThousandsOfPages) {
-    // All pages share one list of links, every second of which leads to a page that stays behind
-    // in a part.
-    constexpr std::size_t links = many(8);
+    // All pages share one list of 32,000 links, every second of which leads to a page that stays
+    // behind in a part.
+    constexpr std::size_t links = many(32'000);
     constexpr std::size_t pages = 2'000;
     const std::size_t list = document.add();
     const std::size_t page = addPages(pages, "/Annots " + referenceTo(list));
@@ -115,7 +115,7 @@ TEST_F(HostileStructures, ThousandsOfLinksOnThousandsOfPages) {
 }
 
 TEST_F(HostileStructures, ThousandsOfLinksOnAPageRepeatedAThousandTimes) {
-    constexpr std::size_t links = many(8);
+    constexpr std::size_t links = many(32'000);
     const std::size_t list = document.add();
     const std::size_t page = addPages(2, "/Annots " + referenceTo(list));
     std::string all = "[";
@@ -129,7 +129,7 @@ TEST_F(HostileStructures, ThousandsOfLinksOnAPageRepeatedAThousandTimes) {
 }
 
 TEST_F(HostileStructures, RepeatedLinksBeyondNumber) {
-    constexpr std::size_t links = many(8);
+    constexpr std::size_t links = many(32'000);
     const std::size_t list = document.add();
     const std::size_t page = addPages(2, "/Annots " + referenceTo(list));
     std::string all = "[";
@@ -163,7 +163,7 @@ TEST_F(HostileStructures, FieldsThatAreTheirOwnAncestors) {
 
 TEST_F(HostileStructures, FieldsOfThousandsOfLevels) {
     // Every level is a widget too, so that each may come along by itself, in any order.
-    constexpr std::size_t depth = 5'000;
+    constexpr std::size_t depth = 20'000;
     for (const bool upwards : {true, false}) {
         document = HandmadePDF();
         const std::size_t field = document.next();
@@ -206,7 +206,7 @@ TEST_F(HostileStructures, OneWidgetBelowThousandsOfFields) {
 }
 
 TEST_F(HostileStructures, HundredsOfThousandsOfBeads) {
-    constexpr std::size_t beads = many(75);
+    constexpr std::size_t beads = many(300'000);
     const std::size_t page = addPages(2);
     const std::size_t thread = document.next();
     document.add("<< /F " + referenceTo(thread + 1) + " >>");
@@ -223,7 +223,7 @@ TEST_F(HostileStructures, HundredsOfThousandsOfBeads) {
 }
 
 TEST_F(HostileStructures, ActionsThatFollowThemselves) {
-    constexpr std::size_t links = many(8);
+    constexpr std::size_t links = many(32'000);
     const std::size_t action = document.next();
     const auto ref = [action](std::size_t offset) { return referenceTo(action + offset); };
     document.add("<< /S /URI /URI (a) /Next " + ref(1) + " >>");
@@ -244,7 +244,7 @@ TEST_F(HostileStructures, ActionsThatFollowThemselves) {
 }
 
 TEST_F(HostileStructures, ActionsThatFollowEachOtherForEver) {
-    constexpr std::size_t actions = many(25);
+    constexpr std::size_t actions = many(100'000);
     const std::size_t action = document.next();
     for (std::size_t i = 0; i < actions; ++i) {
         document.add("<< /S /URI /URI (" + std::to_string(i) + ") /Next [" +
@@ -252,7 +252,7 @@ TEST_F(HostileStructures, ActionsThatFollowEachOtherForEver) {
     }
     document.add("null");
     std::string all;
-    for (std::size_t i = 0; i < many(2); ++i) {
+    for (std::size_t i = 0; i < many(10'000); ++i) {
         all += "<< /Subtype /Link /Rect [0 0 9 9] /A " + referenceTo(action + 7 * i) + " >> ";
     }
     document.addPage("/Annots [" + all + "]");
@@ -321,7 +321,7 @@ TEST_F(HostileStructures, StructureTreesThatLoop) {
     document.add("<< /Type /StructElem /S /P /P " + ref(1) + " /K [" + ref(1) + " " + ref(0) + " " +
                  ref(3) + "] /Pg " + referenceTo(page) + " >>");
     document.add("<< /Kids [" + ref(2) + " " + ref(2) + "] /Nums [0 " + ref(1) + "] >>");
-    constexpr std::size_t depth = 50'000;
+    constexpr std::size_t depth = 100'000;
     for (std::size_t i = 0; i < depth; ++i) {
         document.add("<< /Type /StructElem /S /P /P " + ref(2 + i) + " /K " +
                      (i + 1 < depth ? ref(4 + i) : std::string("7")) + " >>");
@@ -359,7 +359,7 @@ TEST_F(HostileStructures, ParametersOfFiltersWithoutEnd) {
 
 TEST_F(HostileStructures, ReferencesDeeperThanAnyStack) {
     // Through a page's own entries: every object refers to the next.
-    constexpr std::size_t depth = 50'000;
+    constexpr std::size_t depth = 200'000;
     const std::size_t chain = document.next();
     for (std::size_t i = 0; i < depth; ++i) {
         document.add("<< /Next " + referenceTo(chain + i + 1) + " >>");
@@ -396,7 +396,7 @@ TEST_F(HostileStructures, AnnotationsThatAreNone) {
 
 TEST_F(HostileStructures, NamesOfFieldsThatGrowWithEveryLevel) {
     constexpr std::size_t levels = 90;
-    constexpr std::size_t fields = many(5);
+    constexpr std::size_t fields = many(20'000);
     const std::string part(4'000, 'n');
     const std::size_t level = document.next();
     for (std::size_t i = 0; i < levels; ++i) {
@@ -425,7 +425,7 @@ TEST_F(HostileStructures, NamesOfFieldsThatGrowWithEveryLevel) {
 }
 
 TEST_F(HostileStructures, ALongNameThatThousandsOfFieldsOfTwoFilesShare) {
-    constexpr std::size_t fields = many(1);
+    constexpr std::size_t fields = many(4'000);
     const std::size_t shared = document.add("(" + std::string(std::size_t{1} << 20U, 'x') + ")");
     const std::size_t field = document.next();
     std::string list;
