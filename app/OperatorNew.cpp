@@ -9,13 +9,6 @@
 
 namespace {
 
-/// Memory that is no longer used goes back to the system at once instead of after 25 ms: a command
-/// is over before that, and its peak is lower for it at no measurable cost.
-[[maybe_unused]] const bool givesBackAtOnce = [] {
-    mi_option_set(mi_option_decommit_delay, 0);
-    return true;
-}();
-
 /// What `allocate` gives, as the standard wants it done: the handler of the program may free
 /// memory or throw.
 template <class Allocate>

@@ -95,8 +95,7 @@ WriteJob::WriteJob(const std::vector<PDFPageReference>& pages, const PDFWriteOpt
 
 WriteJob::~WriteJob() {
     if (m_options.leaveMemoryToProcessEnd) {
-        static_cast<void>(m_lastReader.release()); // NOLINT(bugprone-unused-return-value)
-        static_cast<void>(m_document.release());   // NOLINT(bugprone-unused-return-value)
+        static_cast<void>(m_document.release()); // NOLINT(bugprone-unused-return-value)
     }
 }
 
@@ -185,10 +184,13 @@ const WriteJob::SourceUse* WriteJob::chooseBase() const {
 
 PDFResult<void> WriteJob::beginDocument() {
     m_outputPages.resize(m_pages.size());
+    std::unique_ptr<PDFReader> base;
     if (m_base != nullptr) {
-        if (auto adopted = adoptBase(); !adopted) {
-            return adopted;
+        auto adopted = adoptBase();
+        if (!adopted) {
+            return tl::unexpected(std::move(adopted.error()));
         }
+        base = std::move(*adopted);
     } else {
         m_document = std::make_unique<QPDF>();
         m_document->emptyPDF();
@@ -201,19 +203,18 @@ PDFResult<void> WriteJob::beginDocument() {
     }
     addBlankPages();
     if (m_base != nullptr) {
-        return placeSource(*m_base, *m_document, m_baseReader->pageTree(), nullptr);
+        return placeSource(*m_base, *m_document, base->pageTree(), nullptr);
     }
     return {};
 }
 
-PDFResult<void> WriteJob::adoptBase() {
+PDFResult<std::unique_ptr<PDFReader>> WriteJob::adoptBase() {
     auto reader = m_base->source->takeReader();
     if (!reader) {
-        return tl::unexpected(std::move(reader.error()));
+        return reader;
     }
-    m_baseReader = std::move(*reader);
-    m_document = std::move(m_baseReader->document);
-    const PageTree& tree = m_baseReader->pageTree();
+    m_document = std::move((*reader)->document);
+    const PageTree& tree = (*reader)->pageTree();
 
     std::set<QPDFObjGen> kept;
     for (const PageUse& use : m_base->uses) {
@@ -234,7 +235,7 @@ PDFResult<void> WriteJob::adoptBase() {
             m_document->replaceObject(node.getObjGen(), QPDFObjectHandle::newNull());
         }
     }
-    return {};
+    return reader;
 }
 
 PDFResult<void> WriteJob::addSource(const SourceUse& use) {
@@ -242,8 +243,8 @@ PDFResult<void> WriteJob::addSource(const SourceUse& use) {
     if (!reader) {
         return tl::unexpected(std::move(reader.error()));
     }
-    m_lastReader = std::move(*reader);
-    const PageTree& tree = m_lastReader->pageTree();
+    QPDF& document = *(*reader)->document;
+    const PageTree& tree = (*reader)->pageTree();
     ObjectCopier copier(*m_document);
     for (std::size_t i = 0; i < tree.pageCount(); ++i) {
         copier.redirect(tree.reference(i).getObjGen(), QPDFObjectHandle::newNull());
@@ -251,13 +252,10 @@ PDFResult<void> WriteJob::addSource(const SourceUse& use) {
     for (const QPDFObjectHandle& node : tree.innerNodes()) {
         copier.redirect(node.getObjGen(), QPDFObjectHandle::newNull());
     }
-    copier.redirect(m_lastReader->document->getRoot().getObjGen(), QPDFObjectHandle::newNull());
-    hidePageTree(*m_lastReader->document, tree.reference(use.uses.front().page));
-    auto placed = placeSource(use, *m_lastReader->document, tree, &copier);
+    copier.redirect(document.getRoot().getObjGen(), QPDFObjectHandle::newNull());
+    hidePageTree(document, tree.reference(use.uses.front().page));
+    auto placed = placeSource(use, document, tree, &copier);
     m_uncompressedBytes += copier.uncompressedBytes();
-    if (&use != &m_sources.back()) {
-        m_lastReader.reset();
-    }
     return placed;
 }
 

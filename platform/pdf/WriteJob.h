@@ -48,7 +48,8 @@ private:
     [[nodiscard]] std::uint64_t sizeOfSources() const;
     [[nodiscard]] const SourceUse* chooseBase() const;
     [[nodiscard]] PDFResult<void> beginDocument();
-    [[nodiscard]] PDFResult<void> adoptBase();
+    /// Makes the base's document the output. What it gives has its page tree, no document.
+    [[nodiscard]] PDFResult<std::unique_ptr<PDFReader>> adoptBase();
     [[nodiscard]] PDFResult<void> addSource(const SourceUse& use);
     [[nodiscard]] PDFResult<void> placeSource(const SourceUse& use, QPDF& source,
                                               const PageTree& tree, ObjectCopier* copier);
@@ -69,8 +70,6 @@ private:
     WriteProgress m_progress;
     std::vector<SourceUse> m_sources;
     const SourceUse* m_base = nullptr; ///< the source whose document became the output, or null
-    std::unique_ptr<PDFReader> m_baseReader;
-    std::unique_ptr<PDFReader> m_lastReader; ///< of the last source copied from
     std::unique_ptr<QPDF> m_document;
     std::vector<QPDFObjectHandle> m_outputPages;
     CatalogBuilder m_catalog;
