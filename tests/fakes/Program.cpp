@@ -106,12 +106,14 @@ bool RunningProgram::hasOpenFileIn(const std::filesystem::path& folder, std::uin
 void RunningProgram::readWhatIsSaid(ProgramResult& result, Clock::time_point deadline) {
     std::array<pollfd, 2> streams = {{{m_output, POLLIN, 0}, {m_errors, POLLIN, 0}}};
     const std::array<std::string*, 2> texts = {&result.output, &result.errors};
-    std::array<char, 4096> chunk{};
+    std::array<char, std::size_t{64} << 10U> chunk{}; // all that a pipe holds
     while (streams[0].fd >= 0 || streams[1].fd >= 0) {
         constexpr int milliseconds = 100;
         if (::poll(streams.data(), streams.size(), milliseconds) < 0 && errno != EINTR) {
             throw std::runtime_error("cannot wait for a program");
         }
+        // Some say much in tiny pieces: waking up for each takes far longer than what they do.
+        std::this_thread::sleep_for(pause);
         for (std::size_t i = 0; i < streams.size(); ++i) {
             if (streams[i].fd < 0 || streams[i].revents == 0) {
                 continue;
