@@ -9,6 +9,7 @@
 #include <QScreen>
 #include <QStyle>
 #include <QToolButton>
+#include <QWindow>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -23,6 +24,10 @@ constexpr int spaceWidth = 12; // logical pixels
 QRect toRect(const WindowFrame& frame) {
     const auto whole = [](double value) { return static_cast<int>(std::lround(value)); };
     return {whole(frame.x), whole(frame.y), whole(frame.width), whole(frame.height)};
+}
+
+bool fillsTheScreen(const QWidget& window) {
+    return window.windowState().testAnyFlags(Qt::WindowFullScreen | Qt::WindowMaximized);
 }
 
 QWidget* spacer(QToolBar& bar, QSizePolicy::Policy policy) {
@@ -50,8 +55,24 @@ WindowFrame WidgetWindow::frame() const {
             static_cast<double>(rect.width()), static_cast<double>(rect.height())};
 }
 
+void WidgetWindow::setFrameLater(const WindowFrame& frame) {
+    m_window.winId(); // it has a handle from now on, even before it is shown
+    m_whileItFillsTheScreen = std::make_unique<QObject>();
+    QObject::connect(
+        m_window.windowHandle(), &QWindow::windowStateChanged, m_whileItFillsTheScreen.get(),
+        [this, frame]() {
+            if (!fillsTheScreen(m_window)) {
+                m_whileItFillsTheScreen.release()->deleteLater(); // this is its slot
+                setFrame(frame, false);
+            }
+        },
+        Qt::QueuedConnection); // the widget comes to know its state after the signal
+}
+
 void WidgetWindow::setFrame(const WindowFrame& frame, bool /*animate*/) {
-    if (m_window.windowState().testAnyFlags(Qt::WindowFullScreen | Qt::WindowMaximized)) {
+    m_whileItFillsTheScreen.reset();
+    if (fillsTheScreen(m_window)) {
+        setFrameLater(frame);
         return;
     }
     const QScreen* const screen = m_window.screen();

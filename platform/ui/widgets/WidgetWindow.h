@@ -3,11 +3,13 @@
 #include "platform/ui/Window.h"
 
 #include <QMainWindow>
+#include <QObject>
 #include <QPointer>
 #include <QRect>
 #include <QSplitter>
 #include <QToolBar>
 #include <functional>
+#include <memory>
 
 namespace quillorn {
 
@@ -30,7 +32,7 @@ public:
     /// From the corner of the screen that the window is on.
     [[nodiscard]] WindowFrame frame() const override;
     /// Without animation, and no larger than the screen has room for. A window that fills the
-    /// screen stays so.
+    /// screen has the frame once it no longer does.
     void setFrame(const WindowFrame& frame, bool animate) override;
     void setMinSize(const WindowSize& size) override;
     void allowFullScreen() override { m_fullScreenAllowed(); }
@@ -39,7 +41,10 @@ public:
     [[nodiscard]] QToolBar* toolbar() const { return m_toolbar; }
 
 private:
+    void setFrameLater(const WindowFrame& frame);
+
     QMainWindow& m_window;
+    std::unique_ptr<QObject> m_whileItFillsTheScreen; ///< waits for the end of that; else null
     std::function<void()> m_fullScreenAllowed;
     std::function<void(QToolBar&)> m_toolbarInstalled;
     QPointer<QToolBar> m_toolbar;

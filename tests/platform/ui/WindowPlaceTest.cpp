@@ -1,5 +1,10 @@
 #include "platform/ui/widgets/WidgetWindow.h"
 
+#include <QCoreApplication>
+#include <QMainWindow>
+#include <QRect>
+#include <QSize>
+#include <QTest>
 #include <gtest/gtest.h>
 
 namespace quillorn {
@@ -25,6 +30,30 @@ TEST(PlacedOnScreen, StaysInTheRoomThatThereIs) {
     EXPECT_EQ(placedOnScreen({-5, -105, 810, 810}, screen, room), room);
     EXPECT_EQ(placedOnScreen({5000, 5000, 400, 400}, screen, room), QRect(400, 170, 400, 400))
         << "a screen that has gone";
+}
+
+TEST(WidgetWindow, ThatFillsTheScreenHasItsNewFrameAfterwards) {
+    QMainWindow window;
+    WidgetWindow controlled(window, []() {});
+    controlled.setFrame({10, 40, 400, 300}, true);
+    for (const auto fill : {&QMainWindow::showMaximized, &QMainWindow::showFullScreen}) {
+        window.showNormal();
+        controlled.setFrame({10, 40, 400, 300}, true);
+        EXPECT_TRUE(QTest::qWaitFor([&]() { return window.size() == QSize(400, 300); }));
+        (window.*fill)();
+        EXPECT_TRUE(QTest::qWaitFor([&]() { return window.width() > 500; }));
+        controlled.setFrame({20, 50, 420, 310}, true);
+        controlled.setFrame({20, 50, 500, 350}, true);
+        EXPECT_GT(window.width(), 500);
+        window.showNormal();
+        EXPECT_TRUE(
+            QTest::qWaitFor([&]() { return window.geometry() == QRect(20, 50, 500, 350); }));
+        window.resize(450, 320);
+        QCoreApplication::processEvents();
+        (window.*fill)();
+        window.showNormal();
+        EXPECT_TRUE(QTest::qWaitFor([&]() { return window.size() == QSize(450, 320); }));
+    }
 }
 
 } // namespace
