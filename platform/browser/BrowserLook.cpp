@@ -64,15 +64,18 @@ BrowserLook::BrowserLook(const QPalette& palette, const QFont& font, qreal devic
     }
 }
 
-BrowserMetrics BrowserLook::metrics(float zoomValue, const QFont& font) {
+BrowserMetrics BrowserLook::metrics(float zoomValue, const QFont& font, int width) {
+    constexpr int spacing = 8;
     const double zoom = std::clamp(static_cast<double>(zoomValue), 0.0, 1.0);
-    const int width =
+    const auto wished =
         static_cast<int>(std::lround(smallestFrame + zoom * (largestFrame - smallestFrame)));
+    const int room = std::max(smallestFrame, width - 2 * (spacing + cellPadding));
+    const int frame = std::min(wished, room);
     BrowserMetrics metrics;
-    metrics.cellWidth = width + 2 * cellPadding;
-    metrics.cellHeight = static_cast<int>(std::lround(width * frameProportion)) + 2 * cellPadding +
+    metrics.cellWidth = frame + 2 * cellPadding;
+    metrics.cellHeight = static_cast<int>(std::lround(frame * frameProportion)) + 2 * cellPadding +
                          labelGap + labelHeight(font);
-    metrics.spacing = 8;
+    metrics.spacing = spacing;
     metrics.headerHeight = QFontMetrics(font).height() + 14;
     return metrics;
 }

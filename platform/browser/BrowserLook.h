@@ -53,8 +53,9 @@ public:
     BrowserLook(const QPalette& palette, const QFont& font, qreal devicePixelRatio,
                 bool isBackgroundDark);
 
-    /// The frame of thumbnails grows with the zoom value, from 0 to 1.
-    [[nodiscard]] static BrowserMetrics metrics(float zoomValue, const QFont& font);
+    /// The frame of thumbnails grows with the zoom value, from 0 to 1, as far as a cell has room in
+    /// `width` pixels.
+    [[nodiscard]] static BrowserMetrics metrics(float zoomValue, const QFont& font, int width);
     /// The frame in a cell into which a page has to fit.
     [[nodiscard]] static QRect frame(const QRect& cell, const QFont& font);
     [[nodiscard]] QSize frameInDevicePixels(const QRect& cell) const;

@@ -237,13 +237,17 @@ void ImageBrowserView::setZoomValue(float zoomValue) {
     measure();
 }
 
+BrowserMetrics ImageBrowserView::metrics() const {
+    return BrowserLook::metrics(m_zoomValue, font(), viewport()->width());
+}
+
 void ImageBrowserView::measure() {
     // What is in the middle stays there, whatever the size of everything.
     const int middle = viewport()->height() / 2;
     const BrowserRect before = bounds();
     const double share =
         before.height > 0 ? (scrollPosition() + middle) / static_cast<double>(before.height) : 0;
-    m_layout.setMetrics(BrowserLook::metrics(m_zoomValue, font()));
+    m_layout.setMetrics(metrics());
     m_layout.setWidth(viewport()->width());
     updateScrollBar();
     if (scrollPosition() > 0) {
@@ -256,7 +260,7 @@ void ImageBrowserView::updateScrollBar() {
     const int height = viewport()->height();
     verticalScrollBar()->setRange(0, std::max(m_layout.contentHeight() - height, 0));
     verticalScrollBar()->setPageStep(height);
-    verticalScrollBar()->setSingleStep(BrowserLook::metrics(m_zoomValue, font()).cellHeight / 4);
+    verticalScrollBar()->setSingleStep(metrics().cellHeight / 4);
 }
 
 /// Looks what text will stand on.

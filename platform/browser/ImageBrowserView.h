@@ -149,6 +149,7 @@ private:
     };
 
     // State (ImageBrowserView.cpp)
+    [[nodiscard]] BrowserMetrics metrics() const;
     void measure();
     void updateScrollBar();
     void sampleBackground();

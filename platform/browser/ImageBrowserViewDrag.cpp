@@ -73,7 +73,7 @@ void ImageBrowserView::startDrag() {
         return;
     }
     const BrowserLook look = this->look();
-    const BrowserMetrics metrics = BrowserLook::metrics(m_zoomValue, font());
+    const BrowserMetrics metrics = this->metrics();
     const QSize frame = look.frameInDevicePixels({0, 0, metrics.cellWidth, metrics.cellHeight});
     std::vector<PagePicture> pages;
     constexpr std::size_t most = 3;

@@ -74,7 +74,7 @@ void ImageBrowserView::paintGroup(QPainter& painter, const BrowserLook& look,
     look.drawHeader(painter, viewportRect(header), headerLook);
     if (isExpanded && items.end > items.first) {
         const BrowserRect last = m_layout.itemRect(items.end - 1);
-        const int spacing = BrowserLook::metrics(m_zoomValue, font()).spacing;
+        const int spacing = metrics().spacing;
         look.drawGroupBar(painter,
                           viewportRect({0, header.bottom(), groupBarWidth,
                                         last.bottom() + spacing - header.bottom()}),
@@ -175,7 +175,7 @@ void ImageBrowserView::wishPictures() {
         add(below, later);
         add(above, later);
     }
-    const BrowserMetrics metrics = BrowserLook::metrics(m_zoomValue, font());
+    const BrowserMetrics metrics = this->metrics();
     m_pictures.setWishes(m_viewer, now, later,
                          look().frameInDevicePixels({0, 0, metrics.cellWidth, metrics.cellHeight}));
 }

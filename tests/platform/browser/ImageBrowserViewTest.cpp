@@ -100,6 +100,25 @@ TEST_F(ImageBrowserViewTest, ZoomMakesCellsLargerAndKeepsWhatItWasGiven) {
     EXPECT_EQ(m_view->layoutOfItems().itemRect(0).width, small);
 }
 
+TEST_F(ImageBrowserViewTest, ACellIsNoWiderThanANarrowPane) {
+    constexpr int widest = 1000; // pixels
+    m_view->resize(widest, m_view->height());
+    m_view->setZoomValue(1);
+    const int whole = m_view->layoutOfItems().itemRect(0).width;
+    for (const int width : {300, 125}) {
+        m_view->resize(width, m_view->height());
+        const BrowserRect cell = m_view->layoutOfItems().itemRect(0);
+        EXPECT_GT(cell.x, 0);
+        EXPECT_LT(cell.right(), m_view->viewport()->width());
+        EXPECT_LT(cell.width, whole);
+        EXPECT_LT(cell.height, 2 * cell.width) << "a smaller page, not a cut one";
+    }
+    m_view->resize(40, m_view->height());
+    EXPECT_GT(m_view->layoutOfItems().itemRect(0).width, 40) << "too small to be seen otherwise";
+    m_view->resize(widest, m_view->height());
+    EXPECT_EQ(m_view->layoutOfItems().itemRect(0).width, whole);
+}
+
 TEST_F(ImageBrowserViewTest, ZoomLeavesWhatIsInTheMiddleInSight) {
     m_data.clear();
     m_data.addGroup("Long", 3000);
