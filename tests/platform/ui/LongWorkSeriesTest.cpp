@@ -122,14 +122,21 @@ TEST_F(LongWorkSeriesTest, WhatAnotherThreadDoesIsOneActivity) {
 
 TEST_F(LongWorkSeriesTest, ACancelBetweenPiecesOfAnotherThreadEndsThem) {
     bool isBegun = false;
+    std::atomic<bool> hasEnded = false;
     std::jthread thread([&]() {
-        const auto series = m_work.series("Adding files");
-        EXPECT_TRUE(series->run("One", [](const std::stop_token&) {}));
-        m_mainThread.runAndWait([this]() { m_activities.cancelAll(); });
-        EXPECT_FALSE(series->run("Two", [&isBegun](const std::stop_token&) { isBegun = true; }));
+        {
+            const auto series = m_work.series("Adding files");
+            EXPECT_TRUE(series->run("One", [](const std::stop_token&) {}));
+            m_mainThread.runAndWait([this]() {
+                EXPECT_FALSE(m_activities.isIdle());
+                m_activities.cancelAll();
+            });
+            EXPECT_FALSE(
+                series->run("Two", [&isBegun](const std::stop_token&) { isBegun = true; }));
+        }
+        hasEnded = true;
     });
-    ASSERT_TRUE(QTest::qWaitFor([&]() { return !m_activities.isIdle(); }, patience));
-    ASSERT_TRUE(QTest::qWaitFor([&]() { return m_activities.isIdle(); }, patience));
+    ASSERT_TRUE(QTest::qWaitFor([&]() { return hasEnded && m_activities.isIdle(); }, patience));
     thread.join();
     EXPECT_FALSE(isBegun);
 }
