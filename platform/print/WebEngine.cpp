@@ -99,6 +99,22 @@ void WebEngine::end() {
     m_run.reset();
 }
 
+void WebEngine::prepareSpare(const WebPlace::Size& size) {
+    if (m_run && !m_run->spare) {
+        m_run->spare.emplace(m_run->devTools, size);
+    }
+}
+
+void WebEngine::dealWithSpare(const DevTools::JSON& message) {
+    if (m_run && m_run->spare) {
+        m_run->spare->deal(message);
+    }
+}
+
+std::optional<WebPlace> WebEngine::takeSpare() {
+    return m_run ? std::exchange(m_run->spare, std::nullopt) : std::nullopt;
+}
+
 FileResult<DevTools*> WebEngine::connect(const std::stop_token& stop) {
     if (m_run && !m_run->child.hasEnded()) {
         return &m_run->devTools;

@@ -2,11 +2,13 @@
 
 #include "platform/files/FileError.h"
 #include "platform/print/DevTools.h"
+#include "platform/print/WebPlace.h"
 #include "platform/process/ChildFolder.h"
 #include "platform/process/ChildProcess.h"
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -40,6 +42,14 @@ public:
     /// Ends the browser. The next `connect` starts another.
     void end();
 
+    /// Begins to make an empty page for later, in the browser that runs, unless there is one: a
+    /// page's own process takes longer to start than many a page to be printed.
+    void prepareSpare(const WebPlace::Size& size);
+    /// Shows the spare page a message of the browser's; see WebPlace.h.
+    void dealWithSpare(const DevTools::JSON& message);
+    /// The spare page, wherever it is on its way and whatever its size; nothing without one.
+    [[nodiscard]] std::optional<WebPlace> takeSpare();
+
     [[nodiscard]] bool hasNetwork() const { return m_options.network; }
     /// 0 while it does not run.
     [[nodiscard]] pid_t processGroup() const { return m_run ? m_run->child.processGroup() : 0; }
@@ -54,6 +64,7 @@ private:
         ChildFolder folder; ///< outlives the process
         ChildProcess child;
         DevTools devTools;
+        std::optional<WebPlace> spare;
     };
 
     /// Where the system lets nobody have namespaces (some containers), the engine's own sandbox

@@ -3,6 +3,7 @@
 #include "platform/print/JSONAccess.h"
 
 #include <chrono>
+#include <optional>
 #include <utility>
 
 namespace quillorn {
@@ -14,14 +15,6 @@ using json::inner;
 using json::text;
 
 const JSON noParameters = JSON::object();
-
-JSON everyRequest() {
-    return {{"patterns", JSON::array({{{"urlPattern", "*"}}})}};
-}
-
-JSON attachToAll() {
-    return {{"autoAttach", true}, {"waitForDebuggerOnStart", true}, {"flatten", true}};
-}
 
 } // namespace
 
@@ -39,71 +32,71 @@ WebSession::~WebSession() {
     }
 }
 
-WebResult<void> WebSession::makeContext(Clock::time_point deadline) {
-    auto devTools = m_engine.connect(m_stop);
-    if (!devTools) {
-        const FileError& error = devTools.error();
-        const bool cancelled = m_stop.stop_requested();
-        return tl::unexpected(WebError{
-            cancelled ? WebError::Kind::cancelled : WebError::Kind::noEngine,
-            error.file.empty() ? error.reason
-                               : "the web engine cannot be started: " + error.file.string() + ": " +
-                                     error.reason});
-    }
-    m_devTools = *devTools;
-    const auto context =
-        request("Target.createBrowserContext", {{"disposeOnDetach", true}}, {}, deadline);
-    if (!context) {
-        m_devTools = nullptr;
-        m_engine.end();
-        return tl::unexpected(context.error());
-    }
-    m_context = text(*context, "browserContextId");
-    return {};
+WebError WebSession::noEngine(const FileError& error) const {
+    return {m_stop.stop_requested() ? WebError::Kind::cancelled : WebError::Kind::noEngine,
+            error.file.empty()
+                ? error.reason
+                : "the web engine cannot be started: " + error.file.string() + ": " + error.reason};
 }
 
-WebResult<void> WebSession::open(int width, int height, Clock::time_point deadline) {
-    auto made = makeContext(deadline);
-    if (!made && made.error().kind == WebError::Kind::refused) {
-        // An engine that was kept may have died meanwhile, which is not this page's fault.
-        made = makeContext(deadline);
+WebResult<void> WebSession::waitFor(WebPlace& place, Clock::time_point deadline) {
+    while (!place.isReady() && !place.hasFailed()) {
+        JSON message;
+        if (const WebWait wait = m_devTools->receive(message, deadline, m_stop);
+            wait != WebWait::done) {
+            return tl::unexpected(errorOf(wait));
+        }
+        place.deal(message);
     }
-    if (!made) {
-        return made;
+    return place.isReady() ? WebResult<void>()
+                           : tl::unexpected(WebError{WebError::Kind::refused, place.reason()});
+}
+
+WebResult<WebPlace> WebSession::openPlace(Clock::time_point deadline) {
+    auto devTools = m_engine.connect(m_stop);
+    if (!devTools) {
+        return tl::unexpected(noEngine(devTools.error()));
     }
-    const auto denied =
-        request("Browser.setDownloadBehavior",
-                {{"behavior", "deny"}, {"browserContextId", m_context}}, {}, deadline);
-    const auto target = denied ? request("Target.createTarget",
-                                         {{"url", "about:blank"},
-                                          {"browserContextId", m_context},
-                                          {"width", width},
-                                          {"height", height}},
-                                         {}, deadline)
-                               : denied;
-    if (!target) {
-        return tl::unexpected(target.error());
-    }
-    m_target = text(*target, "targetId");
-    m_requests.setMainFrame(m_target); // the engine gives both the same name
-    const auto attached =
-        request("Target.attachToTarget", {{"targetId", m_target}, {"flatten", true}}, {}, deadline);
-    if (!attached) {
-        return tl::unexpected(attached.error());
-    }
-    m_session = text(*attached, "sessionId");
-    m_sessions.insert(m_session);
-    // Each is waited for: the load event of a quick page would come before we listen.
-    const std::pair<const char*, JSON> preparations[] = {
-        {"Page.enable", noParameters},      {"Page.setLifecycleEventsEnabled", {{"enabled", true}}},
-        {"Inspector.enable", noParameters}, {"Target.setAutoAttach", attachToAll()},
-        {"Fetch.enable", everyRequest()},   {"Network.enable", noParameters},
-    };
-    for (const auto& [method, parameters] : preparations) {
-        if (auto done = call(method, parameters, deadline); !done) {
-            return tl::unexpected(std::move(done.error()));
+    m_devTools = *devTools;
+    std::optional<WebPlace> place = m_engine.takeSpare();
+    m_isOld = place.has_value();
+    WebResult<void> made;
+    if (place) {
+        place->confirm();
+        made = waitFor(*place, deadline);
+        if (made && place->size() != m_size) {
+            place->dispose();
+            place.reset();
+            m_isOld = false;
         }
     }
+    if (!place) {
+        place.emplace(*m_devTools, m_size);
+        made = waitFor(*place, deadline);
+    }
+    if (!made) {
+        m_devTools = nullptr;
+        m_engine.end();
+        return tl::unexpected(std::move(made.error()));
+    }
+    return std::move(*place);
+}
+
+WebResult<void> WebSession::open(const WebPlace::Size& size, Clock::time_point deadline) {
+    m_size = size;
+    auto place = openPlace(deadline);
+    if (!place && place.error().kind == WebError::Kind::refused) {
+        // An engine that was kept may have died meanwhile, which is not this page's fault.
+        place = openPlace(deadline);
+    }
+    if (!place) {
+        return tl::unexpected(std::move(place.error()));
+    }
+    m_context = place->context();
+    m_target = place->target();
+    m_session = place->session();
+    m_sessions.insert(m_session);
+    m_requests.setMainFrame(m_target); // the engine gives both the same name
     return {};
 }
 
@@ -193,6 +186,7 @@ WebError WebSession::errorOf(WebWait wait) const {
 }
 
 void WebSession::deal(const JSON& message) {
+    m_engine.dealWithSpare(message);
     const std::string method = text(message, "method");
     const std::string session = text(message, "sessionId");
     const JSON event = inner(message, "params");
@@ -213,10 +207,10 @@ void WebSession::deal(const JSON& message) {
         if (text(target, "type") == "iframe") {
             m_foreignFrames.push_back({child, text(target, "targetId")});
         }
-        m_devTools->send("Fetch.enable", everyRequest(), child);
+        m_devTools->send("Fetch.enable", everyWebRequest(), child);
         m_devTools->send("Page.enable", noParameters, child);
         m_devTools->send("Network.enable", noParameters, child);
-        m_devTools->send("Target.setAutoAttach", attachToAll(), child);
+        m_devTools->send("Target.setAutoAttach", attachToAllTargets(), child);
         m_devTools->send("Runtime.runIfWaitingForDebugger", noParameters, child);
     } else if (method == "Target.detachedFromTarget") {
         const std::string child = text(event, "sessionId");

@@ -4,6 +4,7 @@
 #include "platform/print/WebContent.h"
 #include "platform/print/WebEngine.h"
 #include "platform/print/WebError.h"
+#include "platform/print/WebPlace.h"
 #include "platform/print/WebRequests.h"
 
 #include <set>
@@ -29,8 +30,12 @@ public:
     /// Gives the page up. A page that misbehaved takes the engine along.
     ~WebSession();
 
-    /// Opens an empty page of this size, in pixels.
-    WebResult<void> open(int width, int height, Clock::time_point deadline);
+    /// Opens an empty page.
+    WebResult<void> open(const WebPlace::Size& size, Clock::time_point deadline);
+    /// Whether that page was kept for us for a while.
+    [[nodiscard]] bool isOld() const { return m_isOld; }
+    /// Begins to make one like it for the next session of this engine.
+    void prepareNext() { m_engine.prepareSpare(m_size); }
 
     /// Sends a request about the page and waits for its answer.
     WebResult<JSON> call(const std::string& method, JSON parameters, Clock::time_point deadline);
@@ -74,8 +79,11 @@ public:
     void setFine() { m_isFine = true; }
 
 private:
-    /// Makes a place for the page in the engine, which is started if need be.
-    WebResult<void> makeContext(Clock::time_point deadline);
+    /// Finds or makes a place for the page in the engine, which is started if need be.
+    WebResult<WebPlace> openPlace(Clock::time_point deadline);
+    WebResult<void> waitFor(WebPlace& place, Clock::time_point deadline);
+    /// What the engine says that it is not there, or not for long.
+    [[nodiscard]] WebError noEngine(const FileError& error) const;
     void deal(const JSON& message);
     /// Deals with an event about the main frame or another one.
     void dealWithFrame(const std::string& method, const JSON& event);
@@ -85,6 +93,7 @@ private:
     WebEngine& m_engine;
     WebRequests m_requests;
     std::stop_token m_stop;
+    WebPlace::Size m_size;
     DevTools* m_devTools = nullptr; ///< the engine's; null before `open`
     std::string m_context;
     std::string m_target;
@@ -96,6 +105,7 @@ private:
     std::set<std::string> m_expected; ///< frames whose load is waited for
     std::set<std::string> m_styleSheets;
     int m_world = 0; ///< our own scripts' context; 0 before the first
+    bool m_isOld = false;
     bool m_hasCrashed = false;
     bool m_isFine = false;
 };

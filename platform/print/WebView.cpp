@@ -45,23 +45,33 @@ WebResult<void> WebView::load(std::unique_ptr<WebContent> content, const PrintIn
                               const std::stop_token& stop) {
     m_session.reset();
     m_content = std::move(content);
-    m_isCutShort = m_isScriptless = false;
-    m_session.emplace(m_engine, *m_content, stop);
-    // The engine's own start takes none of the page's time.
-    auto opened = m_session->open(static_cast<int>(info.printableWidth() * pixelsPerPoint),
-                                  static_cast<int>(info.printableHeight() * pixelsPerPoint),
-                                  Clock::now() + m_limits.time);
-    if (!opened) {
+    auto loaded = loadOnce(info, stop);
+    if (!loaded && m_session && m_session->isOld() &&
+        loaded.error().kind == WebError::Kind::refused &&
+        Clock::now() < m_start + m_limits.time / 4) {
+        // The empty page that was kept may have been dying, which is not this page's fault.
         m_session.reset();
-        return opened;
-    }
-    m_start = Clock::now();
-    auto loaded = navigate(m_content->startURL());
-    if (loaded) {
-        loaded = waitForLoad();
+        loaded = loadOnce(info, stop);
     }
     if (!loaded) {
         m_session.reset();
+    }
+    return loaded;
+}
+
+WebResult<void> WebView::loadOnce(const PrintInfo& info, const std::stop_token& stop) {
+    m_isCutShort = m_isScriptless = false;
+    m_session.emplace(m_engine, *m_content, stop);
+    // The engine's own start takes none of the page's time.
+    auto loaded = m_session->open({static_cast<int>(info.printableWidth() * pixelsPerPoint),
+                                   static_cast<int>(info.printableHeight() * pixelsPerPoint)},
+                                  Clock::now() + m_limits.time);
+    m_start = Clock::now();
+    if (loaded) {
+        loaded = navigate(m_content->startURL());
+    }
+    if (loaded) {
+        loaded = waitForLoad();
     }
     return loaded;
 }
@@ -169,6 +179,7 @@ WebResult<void> WebView::print(const PrintInfo& info) {
         return tl::unexpected(WebError{WebError::Kind::refused, "nothing is loaded"});
     }
     const auto deadline = m_start + m_limits.time;
+    m_session->prepareNext();
     ExactPaper paper(info);
     const PrintInfo& asked = paper.request();
     WebResult<void> result = prepareForPaper(asked);

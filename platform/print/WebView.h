@@ -50,6 +50,8 @@ private:
 
     /// When loading ends in any case.
     [[nodiscard]] Clock::time_point half() const { return m_start + m_limits.time / 2; }
+    /// Leaves the session as it ended.
+    WebResult<void> loadOnce(const PrintInfo& info, const std::stop_token& stop);
     /// Lets the engine fetch the page at this address.
     WebResult<void> navigate(const std::string& url);
     /// Lets it fetch one after having left the present one.

@@ -3,12 +3,16 @@
 #include "tests/platform/print/WebFixture.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
 #include <string>
+#include <unistd.h>
+#include <vector>
 
 namespace quillorn::tests {
 namespace {
@@ -17,7 +21,24 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class WebEngineTest : public WebFixture {};
+class WebEngineTest : public WebFixture {
+protected:
+    /// The processes of the engine that lay pages out.
+    static std::vector<pid_t> renderers() {
+        std::vector<pid_t> found;
+        for (const auto& entry : fs::directory_iterator("/proc")) {
+            const pid_t process = std::atoi(entry.path().filename().c_str());
+            std::ifstream stream(entry.path() / "cmdline");
+            std::string words;
+            std::getline(stream, words); // all of them: they end with null bytes
+            if (process > 0 && words.find("--type=renderer") != std::string::npos &&
+                ::getpgid(process) == engine().processGroup()) {
+                found.push_back(process);
+            }
+        }
+        return found;
+    }
+};
 
 TEST_F(WebEngineTest, IsStartedForTheFirstPageAndKept) {
     engine().end();
@@ -35,6 +56,34 @@ TEST_F(WebEngineTest, ThatWasKilledMeanwhileIsReplaced) {
     ASSERT_EQ(::kill(first, SIGKILL), 0);
     EXPECT_THAT(printed("two"), HasSubstr("two"));
     EXPECT_NE(engine().processGroup(), first);
+}
+
+TEST_F(WebEngineTest, APageThatWasPreparedAndDiedIsReplaced) {
+    static_cast<void>(printed("one"));
+    ASSERT_TRUE(waitUntil([]() { return !renderers().empty(); }));
+    for (const pid_t process : renderers()) {
+        ::kill(process, SIGKILL);
+    }
+    EXPECT_THAT(printed("two"), HasSubstr("two"));
+    EXPECT_THAT(printed("three"), HasSubstr("three"));
+}
+
+TEST_F(WebEngineTest, PagesThatWerePreparedForOtherPaperDoNotPileUp) {
+    const fs::path page = file("page.html", "<p>text");
+    for (int i = 0; i < 8; ++i) {
+        PrintInfo info = printInfoFor(output);
+        if (i % 2 == 1) {
+            info.paper = {420, 595};
+        }
+        auto content = FolderContent::open(page);
+        ASSERT_TRUE(content);
+        WebView view(engine());
+        ASSERT_TRUE(view.load(std::move(*content), info));
+        ASSERT_TRUE(view.print(info));
+        EXPECT_THAT(allText(), HasSubstr("text"));
+    }
+    // The engine's own first page, the one prepared now, and those about to end.
+    EXPECT_TRUE(waitUntil([]() { return renderers().size() <= 2; }));
 }
 
 /// A page whose script is asked for and never given: the engine dies over it.
