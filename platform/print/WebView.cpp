@@ -26,6 +26,9 @@ constexpr double pointsPerInch = 72.0;
 /// What a page may still need once it has loaded.
 constexpr std::chrono::seconds shortWhile{1};
 
+/// How soon an empty page that was dying shows it.
+constexpr std::chrono::seconds early{2};
+
 constexpr std::size_t pdfBlock = 4U << 20U; // bytes
 constexpr std::size_t mostStyleSheets = 2'000;
 constexpr std::size_t mostFrames = 500;
@@ -46,9 +49,10 @@ WebResult<void> WebView::load(std::unique_ptr<WebContent> content, const PrintIn
     m_session.reset();
     m_content = std::move(content);
     auto loaded = loadOnce(info, stop);
-    if (!loaded && m_session && m_session->isOld() &&
-        loaded.error().kind == WebError::Kind::refused &&
-        Clock::now() < m_start + m_limits.time / 4) {
+    const bool isOddlyEarly =
+        !loaded && m_session->isOld() && loaded.error().kind == WebError::Kind::refused &&
+        !m_session->requests().leads().isShown() && Clock::now() < m_start + early;
+    if (isOddlyEarly) {
         // The empty page that was kept may have been dying, which is not this page's fault.
         m_session.reset();
         loaded = loadOnce(info, stop);
@@ -67,6 +71,9 @@ WebResult<void> WebView::loadOnce(const PrintInfo& info, const std::stop_token& 
                                    static_cast<int>(info.printableHeight() * pixelsPerPoint)},
                                   Clock::now() + m_limits.time);
     m_start = Clock::now();
+    if (loaded && m_session->isOld()) {
+        m_session->prepareNext(); // where pages follow each other, there will be more of them
+    }
     if (loaded) {
         loaded = navigate(m_content->startURL());
     }
