@@ -14,6 +14,7 @@
 #include <fstream>
 #include <random>
 #include <stdexcept>
+#include <string>
 
 namespace bench {
 
@@ -21,19 +22,40 @@ using namespace quillorn;
 
 namespace {
 
+/// What a thread has had of the processors until now, in milliseconds.
+struct ProcessorTime {
+    double computed = 0;
+    double waited = 0; ///< ready to run, while others ran
+
+    static ProcessorTime ofThisThread() {
+        std::ifstream stream("/proc/thread-self/schedstat"); // both in nanoseconds
+        ProcessorTime time;
+        if (!(stream >> time.computed >> time.waited)) {
+            throw std::runtime_error("cannot read what the scheduler gave to the window");
+        }
+        time.computed /= 1e6;
+        time.waited /= 1e6;
+        return time;
+    }
+};
+
 /// Wants to be called every millisecond, and notes how late that happens: whoever keeps the event
 /// loop from its work, be it with a long step or with many short ones, keeps it from this too.
 class Watchdog : public QObject {
 public:
+    struct Pause {
+        double length = 0; ///< milliseconds between two calls
+        ProcessorTime within;
+    };
+
     Watchdog() { m_timer.start(1, Qt::PreciseTimer, this); }
 
     /// Notes from now on, under a new name.
     void begin() {
-        m_last = Clock::now();
-        m_longest = 0;
+        note();
+        m_longest = Pause();
     }
-    /// The longest time between two calls, in milliseconds.
-    [[nodiscard]] double longest() {
+    [[nodiscard]] const Pause& longest() {
         note();
         return m_longest;
     }
@@ -44,13 +66,19 @@ protected:
 private:
     void note() {
         const auto now = Clock::now();
-        m_longest = std::max(m_longest, milliseconds(now - m_last));
+        const ProcessorTime used = ProcessorTime::ofThisThread();
+        const double length = milliseconds(now - m_last);
+        if (length > m_longest.length) {
+            m_longest = {length, {used.computed - m_used.computed, used.waited - m_used.waited}};
+        }
         m_last = now;
+        m_used = used;
     }
 
     QBasicTimer m_timer;
     Clock::time_point m_last = Clock::now();
-    double m_longest = 0;
+    ProcessorTime m_used = ProcessorTime::ofThisThread();
+    Pause m_longest;
 };
 
 void write(const std::filesystem::path& path, const std::string& text) {
@@ -153,12 +181,16 @@ void measureFreezes(const Surroundings& where, Figures& figures) {
     const auto images = imagesToConvert(files);
     DrivenWindow driven(where.home);
     Watchdog watchdog;
-    const auto phase = [&watchdog, &figures](const char* name, const auto& work) {
+    const auto phase = [&watchdog, &figures](const std::string& name, const auto& work) {
         QCoreApplication::processEvents();
         watchdog.begin();
         work();
-        figures.add(name, watchdog.longest());
-        std::fprintf(stderr, "%s: %.1f ms\n", name, watchdog.longest());
+        const Watchdog::Pause pause = watchdog.longest();
+        figures.add(name, pause.length);
+        figures.add(name + ", computing", pause.within.computed);
+        figures.add(name + ", waiting for a processor", pause.within.waited);
+        std::fprintf(stderr, "%s: %.1f ms, of them %.1f computing, %.1f waiting for a processor\n",
+                     name.c_str(), pause.length, pause.within.computed, pause.within.waited);
     };
     phase("importing", [&]() {
         driven.open({where.inputs / "manual-2400.pdf", where.inputs / "plain-10000.pdf",
