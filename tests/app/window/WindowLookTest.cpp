@@ -35,7 +35,7 @@ TEST_F(WindowLookTest, TheHeadingOfAPaneIsWholeAndItsSummaryWholeOrLeftOut) {
 TEST_F(WindowLookTest, ThePaneThatHasTheKeysIsMarked) {
     start();
     open({pdf("a.pdf", 3)});
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
+    waitFor("the window is active", [this]() { return window().isActiveWindow(); });
     const auto isMarked = [](PaneView& pane) {
         const QRect line(0, pane.browser().y() - 1, pane.width(), 1);
         const QImage image = pane.grab(line).toImage();

@@ -10,6 +10,7 @@
 namespace quillorn {
 namespace {
 
+constexpr int patience = 60'000;                   // milliseconds
 constexpr WindowFrame centred{520, 250, 400, 400}; // of 1440 x 900
 
 TEST(PlacedOnScreen, IsWhereTheFrameSays) {
@@ -39,20 +40,20 @@ TEST(WidgetWindow, ThatFillsTheScreenHasItsNewFrameAfterwards) {
     for (const auto fill : {&QMainWindow::showMaximized, &QMainWindow::showFullScreen}) {
         window.showNormal();
         controlled.setFrame({10, 40, 400, 300}, true);
-        EXPECT_TRUE(QTest::qWaitFor([&]() { return window.size() == QSize(400, 300); }));
+        EXPECT_TRUE(QTest::qWaitFor([&]() { return window.size() == QSize(400, 300); }, patience));
         (window.*fill)();
-        EXPECT_TRUE(QTest::qWaitFor([&]() { return window.width() > 500; }));
+        EXPECT_TRUE(QTest::qWaitFor([&]() { return window.width() > 500; }, patience));
         controlled.setFrame({20, 50, 420, 310}, true);
         controlled.setFrame({20, 50, 500, 350}, true);
         EXPECT_GT(window.width(), 500);
         window.showNormal();
-        EXPECT_TRUE(
-            QTest::qWaitFor([&]() { return window.geometry() == QRect(20, 50, 500, 350); }));
+        EXPECT_TRUE(QTest::qWaitFor([&]() { return window.geometry() == QRect(20, 50, 500, 350); },
+                                    patience));
         window.resize(450, 320);
         QCoreApplication::processEvents();
         (window.*fill)();
         window.showNormal();
-        EXPECT_TRUE(QTest::qWaitFor([&]() { return window.size() == QSize(450, 320); }));
+        EXPECT_TRUE(QTest::qWaitFor([&]() { return window.size() == QSize(450, 320); }, patience));
     }
 }
 
