@@ -13,6 +13,7 @@ using raw::skipBlanks;
 using raw::skipWord;
 using raw::startsWithBlank;
 using raw::takeNumber;
+using raw::takeObjectNumber;
 
 namespace {
 
@@ -248,8 +249,8 @@ QPDFObjectHandle CrossReferences::objectInStream(std::uint64_t stream, std::uint
     std::uint64_t begin = 0;
     std::uint64_t end = text.size() - first; // the last object's
     for (std::uint64_t i = 0; i < count; ++i) {
-        const std::uint64_t listed = takeNumber(pairs);
-        const std::uint64_t offset = takeNumber(pairs);
+        const std::uint64_t listed = takeObjectNumber(pairs);
+        const std::uint64_t offset = takeObjectNumber(pairs);
         require((listed == number) == (i == position)); // libqpdf takes the last that is listed
         if (i == position) {
             begin = offset;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <optional>
 #include <system_error>
 
@@ -37,6 +38,12 @@ std::uint64_t takeNumber(std::string_view& text) {
     return number;
 }
 
+std::uint64_t takeObjectNumber(std::string_view& text) {
+    const std::uint64_t number = takeNumber(text);
+    require(number <= std::numeric_limits<int>::max());
+    return number;
+}
+
 std::uint64_t numberOf(QPDFObjectHandle value) {
     require(!value.isIndirect() && value.isInteger() && value.getIntValue() >= 0);
     return static_cast<std::uint64_t>(value.getIntValue());
@@ -49,6 +56,7 @@ using raw::skipBlanks;
 using raw::skipWord;
 using raw::startsWithBlank;
 using raw::takeNumber;
+using raw::takeObjectNumber;
 
 namespace {
 
@@ -93,7 +101,7 @@ RawObjects::Found RawObjects::objectAt(std::uint64_t offset, std::uint64_t numbe
         require(length <= longestDictionary);
         const std::string bytes = bytesAt(offset, length);
         std::string_view text = bytes;
-        const std::uint64_t found = takeNumber(text);
+        const std::uint64_t found = takeObjectNumber(text);
         require(found > 0 && (number == 0 || found == number));
         require(takeNumber(text) == 0 && skipWord(text, "obj"));
 

@@ -68,6 +68,9 @@ void skipBlanks(std::string_view& text);
 [[nodiscard]] bool skipWord(std::string_view& text, std::string_view word);
 /// A whole number, which a blank must follow; blanks behind it are taken, too.
 [[nodiscard]] std::uint64_t takeNumber(std::string_view& text);
+/// The same of an object, or of a place among packed ones. libqpdf keeps both in an int, and
+/// refuses what is larger.
+[[nodiscard]] std::uint64_t takeObjectNumber(std::string_view& text);
 /// A direct whole number that is not negative.
 [[nodiscard]] std::uint64_t numberOf(QPDFObjectHandle value);
 

@@ -258,6 +258,21 @@ TEST_F(OpeningFactsTest, AnObjectThatNothingFollowsIsLeftToTheLibrary) {
     EXPECT_EQ(factsOf(followed), libraryFactsOf(followed));
 }
 
+TEST_F(OpeningFactsTest, AnObjectNumberBeyondAnIntIsLeftToTheLibrary) {
+    std::string bytes =
+        changed(packedDocument().bytes(), "<< /Type /Catalog /Pages 2 0 R >>", objects);
+    const std::size_t stream = bytes.rfind("\n9 0 obj") + 1;
+    ASSERT_NE(stream, 0U);
+    for (const char* digits : {"214748364", "4294967296"}) { // in front of the 9
+        const std::string large = std::string(bytes).insert(stream, digits);
+        EXPECT_FALSE(libraryFactsOf(large).has_value());
+        EXPECT_FALSE(factsOf(large).has_value());
+    }
+    bytes.insert(stream, "21474836");
+    EXPECT_TRUE(libraryFactsOf(bytes).has_value());
+    EXPECT_EQ(factsOf(bytes), libraryFactsOf(bytes));
+}
+
 TEST_F(OpeningFactsTest, ANumberThatAnObjectStreamListsTwiceIsLeftToTheLibrary) {
     const std::string tree = "<< /Type /Pages /Count 300 /Kids [" + kidsOf(pages) + "] >>";
     const std::string other = "<< /Type /Pages /Count 299 /Kids [" + kidsOf(pages - 1) + "] >>";
