@@ -6,8 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <numeric>
@@ -162,6 +165,31 @@ TEST_F(KeyValue, StoreInAFolderThatCannotBeWrittenStaysAsItIs) {
     });
     ASSERT_EQ(chmod(folder.c_str(), 0755), 0);
     EXPECT_EQ(ReadFile(globalFile()), before);
+}
+
+TEST_F(KeyValue, StoreThatHasNoRoomToGrowStaysAsItIs) {
+    EXPECT_TRUE(m_files.SetKeyValue("old", uint32_t{3}, "k"));
+    const std::string before = ReadFile(globalFile());
+    ASSERT_FALSE(before.empty());
+    InFreshProcess([&] {
+        std::signal(SIGXFSZ, SIG_IGN); // the write fails instead
+        rlimit limit{};
+        ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+        const rlim_t usual = std::exchange(limit.rlim_cur, before.size());
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+        constexpr uint32_t size = 50;
+        const std::string longer(size, 'x');
+        const bool isKept = m_files.SetKeyValue(longer.data(), size, "k");
+        limit.rlim_cur = usual;
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0); // what the test says needs room, too
+        EXPECT_FALSE(isKept);
+    });
+    EXPECT_EQ(ReadFile(globalFile()), before);
+    std::vector<std::string> names;
+    for (const auto& file : std::filesystem::directory_iterator(m_folder / "quillorn-support"))
+        names.push_back(file.path().filename().string());
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"global.plist", "global.plist.lock"}));
 }
 
 TEST_F(KeyValue, FolderThatCannotBeMadeFails) {
