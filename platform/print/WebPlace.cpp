@@ -7,13 +7,11 @@
 
 namespace quillorn {
 
-using JSON = DevTools::JSON;
-
-JSON everyWebRequest() {
-    return {{"patterns", JSON::array({{{"urlPattern", "*"}}})}};
+DevTools::JSON everyWebRequest() {
+    return {{"patterns", DevTools::JSON::array({{{"urlPattern", "*"}}})}};
 }
 
-JSON attachToAllTargets() {
+DevTools::JSON attachToAllTargets() {
     return {{"autoAttach", true}, {"waitForDebuggerOnStart", true}, {"flatten", true}};
 }
 
@@ -96,13 +94,6 @@ void WebPlace::goOn(const JSON& result) {
     case Step::ready:
     case Step::failed:
         break;
-    }
-}
-
-void WebPlace::confirm() {
-    if (isReady()) {
-        m_step = Step::preparations;
-        send("Page.enable", JSON::object()); // which does nothing a second time
     }
 }
 

@@ -24,8 +24,6 @@ public:
 
     /// Takes a message if it is about the making of this page.
     void deal(const JSON& message);
-    /// Asks a page that is there whether it still is: it is ready again once it answers.
-    void confirm();
     /// Gives up a page that is there.
     void dispose();
 
@@ -36,7 +34,6 @@ public:
     [[nodiscard]] const Size& size() const { return m_size; }
 
     /// The engine's names; the target's is the main frame's, too.
-    [[nodiscard]] const std::string& context() const { return m_context; }
     [[nodiscard]] const std::string& target() const { return m_target; }
     [[nodiscard]] const std::string& session() const { return m_session; }
 

@@ -3,7 +3,6 @@
 #include "platform/print/JSONAccess.h"
 
 #include <chrono>
-#include <optional>
 #include <utility>
 
 namespace quillorn {
@@ -26,7 +25,7 @@ WebSession::~WebSession() {
         return;
     }
     if (m_isFine && !m_hasCrashed) {
-        m_devTools->send("Target.disposeBrowserContext", {{"browserContextId", m_context}});
+        m_place->dispose();
     } else {
         m_engine.end();
     }
@@ -39,79 +38,61 @@ WebError WebSession::noEngine(const FileError& error) const {
                 : "the web engine cannot be started: " + error.file.string() + ": " + error.reason};
 }
 
-WebResult<void> WebSession::waitFor(WebPlace& place, Clock::time_point deadline) {
-    while (!place.isReady() && !place.hasFailed()) {
+WebResult<void> WebSession::waitForPlace(Clock::time_point deadline) {
+    while (!m_place->isReady() && !m_place->hasFailed()) {
         JSON message;
         if (const WebWait wait = m_devTools->receive(message, deadline, m_stop);
             wait != WebWait::done) {
             return tl::unexpected(errorOf(wait));
         }
-        place.deal(message);
+        m_place->deal(message);
     }
-    return place.isReady() ? WebResult<void>()
-                           : tl::unexpected(WebError{WebError::Kind::refused, place.reason()});
+    return m_place->isReady()
+               ? WebResult<void>()
+               : tl::unexpected(WebError{WebError::Kind::refused, m_place->reason()});
 }
 
-WebResult<WebPlace> WebSession::openPlace(Clock::time_point deadline) {
+WebResult<void> WebSession::open(const WebPlace::Size& size, Clock::time_point deadline) {
+    const pid_t before = m_engine.processGroup();
     auto devTools = m_engine.connect(m_stop);
     if (!devTools) {
         return tl::unexpected(noEngine(devTools.error()));
     }
     m_devTools = *devTools;
-    std::optional<WebPlace> place = m_engine.takeSpare();
-    m_isOld = place.has_value();
+    m_isEngineKept = m_engine.processGroup() == before;
+    m_place = m_engine.takeSpare();
     WebResult<void> made;
-    if (place) {
-        place->confirm();
-        made = waitFor(*place, deadline);
-        if (made && place->size() != m_size) {
-            place->dispose();
-            place.reset();
-            m_isOld = false;
+    if (m_place) {
+        made = waitForPlace(deadline);
+        if (made && m_place->size() != size) {
+            m_place->dispose();
+            m_place.reset();
         }
     }
-    if (!place) {
-        place.emplace(*m_devTools, m_size);
-        made = waitFor(*place, deadline);
+    if (!m_place) {
+        m_place.emplace(*m_devTools, size);
+        made = waitForPlace(deadline);
     }
-    if (!made) {
-        m_devTools = nullptr;
-        m_engine.end();
-        return tl::unexpected(std::move(made.error()));
+    if (made) {
+        m_sessions.insert(m_place->session());
+        m_requests.setMainFrame(m_place->target()); // the engine gives both the same name
     }
-    return std::move(*place);
-}
-
-WebResult<void> WebSession::open(const WebPlace::Size& size, Clock::time_point deadline) {
-    m_size = size;
-    auto place = openPlace(deadline);
-    if (!place && place.error().kind == WebError::Kind::refused) {
-        // An engine that was kept may have died meanwhile, which is not this page's fault.
-        place = openPlace(deadline);
-    }
-    if (!place) {
-        return tl::unexpected(std::move(place.error()));
-    }
-    m_context = place->context();
-    m_target = place->target();
-    m_session = place->session();
-    m_sessions.insert(m_session);
-    m_requests.setMainFrame(m_target); // the engine gives both the same name
-    return {};
+    return made;
 }
 
 WebResult<JSON> WebSession::call(const std::string& method, JSON parameters,
                                  Clock::time_point deadline) {
-    return request(method, std::move(parameters), m_session, deadline);
+    return request(method, std::move(parameters), m_place->session(), deadline);
 }
 
 void WebSession::tell(const std::string& method, JSON parameters) {
-    m_devTools->send(method, std::move(parameters), m_session); // waiting tells if it is gone
+    // Waiting tells if it is gone.
+    m_devTools->send(method, std::move(parameters), m_place->session());
 }
 
 WebResult<JSON> WebSession::evaluate(const std::string& script, Clock::time_point deadline) {
     if (m_world == 0) {
-        auto world = call("Page.createIsolatedWorld", {{"frameId", m_target}}, deadline);
+        auto world = call("Page.createIsolatedWorld", {{"frameId", m_place->target()}}, deadline);
         if (!world) {
             return world;
         }
@@ -216,7 +197,7 @@ void WebSession::deal(const JSON& message) {
         const std::string child = text(event, "sessionId");
         std::erase_if(m_foreignFrames,
                       [&](const ForeignFrame& frame) { return frame.session == child; });
-    } else if (method == "Inspector.targetCrashed" && session == m_session) {
+    } else if (method == "Inspector.targetCrashed" && session == m_place->session()) {
         m_hasCrashed = true;
     } else if (method == "CSS.styleSheetAdded") {
         m_styleSheets.insert(text(inner(event, "header"), "styleSheetId"));
@@ -232,7 +213,8 @@ void WebSession::dealWithFrame(const std::string& method, const JSON& event) {
     if (method == "Page.lifecycleEvent" && text(event, "name") == "load") {
         m_expected.erase(text(event, "frameId"));
     }
-    if (text(event, "frameId") != m_target && text(frame, "id") != m_target) {
+    const std::string& mainFrame = m_place->target();
+    if (text(event, "frameId") != mainFrame && text(frame, "id") != mainFrame) {
         return;
     }
     WebLeads& leads = m_requests.leads();

@@ -7,6 +7,7 @@
 #include "platform/print/WebPlace.h"
 #include "platform/print/WebRequests.h"
 
+#include <optional>
 #include <set>
 #include <stop_token>
 #include <string>
@@ -32,10 +33,10 @@ public:
 
     /// Opens an empty page.
     WebResult<void> open(const WebPlace::Size& size, Clock::time_point deadline);
-    /// Whether that page was kept for us for a while.
-    [[nodiscard]] bool isOld() const { return m_isOld; }
-    /// Begins to make one like it for the next session of this engine.
-    void prepareNext() { m_engine.prepareSpare(m_size); }
+    /// Whether the engine ran before, and may have been dying.
+    [[nodiscard]] bool isEngineKept() const { return m_isEngineKept; }
+    /// Begins to make a page like it for the next session of this engine.
+    void prepareNext() { m_engine.prepareSpare(m_place->size()); }
 
     /// Sends a request about the page and waits for its answer.
     WebResult<JSON> call(const std::string& method, JSON parameters, Clock::time_point deadline);
@@ -79,10 +80,7 @@ public:
     void setFine() { m_isFine = true; }
 
 private:
-    /// Finds or makes a place for the page in the engine, which is started if need be.
-    WebResult<WebPlace> openPlace(Clock::time_point deadline);
-    WebResult<void> waitFor(WebPlace& place, Clock::time_point deadline);
-    /// What the engine says that it is not there, or not for long.
+    WebResult<void> waitForPlace(Clock::time_point deadline);
     [[nodiscard]] WebError noEngine(const FileError& error) const;
     void deal(const JSON& message);
     /// Deals with an event about the main frame or another one.
@@ -93,11 +91,8 @@ private:
     WebEngine& m_engine;
     WebRequests m_requests;
     std::stop_token m_stop;
-    WebPlace::Size m_size;
-    DevTools* m_devTools = nullptr; ///< the engine's; null before `open`
-    std::string m_context;
-    std::string m_target;
-    std::string m_session;
+    DevTools* m_devTools = nullptr;   ///< the engine's; null before `open`
+    std::optional<WebPlace> m_place;  ///< the page; nothing before `open`
     std::set<std::string> m_sessions; ///< the page's and those of its frames and workers
     std::string m_loader;             ///< of the main frame's document
     std::set<std::string> m_loaded;   ///< loaders whose documents are complete
@@ -105,7 +100,7 @@ private:
     std::set<std::string> m_expected; ///< frames whose load is waited for
     std::set<std::string> m_styleSheets;
     int m_world = 0; ///< our own scripts' context; 0 before the first
-    bool m_isOld = false;
+    bool m_isEngineKept = false;
     bool m_hasCrashed = false;
     bool m_isFine = false;
 };

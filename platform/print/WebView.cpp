@@ -26,7 +26,7 @@ constexpr double pointsPerInch = 72.0;
 /// What a page may still need once it has loaded.
 constexpr std::chrono::seconds shortWhile{1};
 
-/// How soon an empty page that was dying shows it.
+/// How soon an engine or an empty page that was dying shows it.
 constexpr std::chrono::seconds early{2};
 
 constexpr std::size_t pdfBlock = 4U << 20U; // bytes
@@ -48,12 +48,12 @@ WebResult<void> WebView::load(std::unique_ptr<WebContent> content, const PrintIn
                               const std::stop_token& stop) {
     m_session.reset();
     m_content = std::move(content);
+    const auto begin = Clock::now();
     auto loaded = loadOnce(info, stop);
-    const bool isOddlyEarly =
-        !loaded && m_session->isOld() && loaded.error().kind == WebError::Kind::refused &&
-        !m_session->requests().leads().isShown() && Clock::now() < m_start + early;
-    if (isOddlyEarly) {
-        // The empty page that was kept may have been dying, which is not this page's fault.
+    if (!loaded && loaded.error().kind == WebError::Kind::refused && m_session->isEngineKept() &&
+        !m_session->requests().leads().isShown() && Clock::now() < begin + early) {
+        // An engine or an empty page that was kept may have been dying, which is not this page's
+        // fault.
         m_session.reset();
         loaded = loadOnce(info, stop);
     }
@@ -71,7 +71,7 @@ WebResult<void> WebView::loadOnce(const PrintInfo& info, const std::stop_token& 
                                    static_cast<int>(info.printableHeight() * pixelsPerPoint)},
                                   Clock::now() + m_limits.time);
     m_start = Clock::now();
-    if (loaded && m_session->isOld()) {
+    if (loaded && m_session->isEngineKept()) {
         m_session->prepareNext(); // where pages follow each other, there will be more of them
     }
     if (loaded) {
