@@ -29,7 +29,7 @@ constexpr std::uint64_t largestFile = std::uint64_t{1} << 30U;
 constexpr const char* disabledFeatures =
     "--disable-features=Translate,MediaRouter,OptimizationHints,DialMediaRouteProvider,"
     "HttpsUpgrades,HttpsFirstBalancedModeAutoEnable,HttpsFirstModeV2,"
-    "IsolateOrigins,site-per-process";
+    "IsolateOrigins,site-per-process,BackForwardCache";
 
 std::vector<std::string> argumentsFor(const fs::path& program, const fs::path& profile,
                                       bool network, bool ownSandbox) {
@@ -109,6 +109,20 @@ void WebEngine::dealWithSpare(const DevTools::JSON& message) {
     if (m_run && m_run->spare) {
         m_run->spare->deal(message);
     }
+    if (m_run && m_run->quiet) {
+        m_run->quiet->deal(message);
+    }
+}
+
+void WebEngine::keepQuiet(WebPlace place) {
+    if (m_run) {
+        m_run->quiet = std::move(place);
+    }
+}
+
+std::optional<WebPlace> WebEngine::takeQuiet() {
+    auto kept = m_run ? std::exchange(m_run->quiet, std::nullopt) : std::nullopt;
+    return kept ? std::move(kept) : takeSpare();
 }
 
 std::optional<WebPlace> WebEngine::takeSpare() {

@@ -45,9 +45,14 @@ public:
     /// Begins to make an empty page for later, in the browser that runs, unless there is one: a
     /// page's own process takes longer to start than many a page to be printed.
     void prepareSpare(const WebPlace::Size& size);
-    /// Shows the spare page a message of the browser's; see WebPlace.h.
+    /// Shows the pages that wait a message of the browser's; see WebPlace.h.
     void dealWithSpare(const DevTools::JSON& message);
-    /// The spare page, wherever it is on its way and whatever its size; nothing without one.
+    /// Keeps a quiet page that was cleared, for the next that needs no scripts.
+    void keepQuiet(WebPlace place);
+    /// The page that was kept, else the spare one if there is one; whatever their size, and
+    /// perhaps still on their way.
+    [[nodiscard]] std::optional<WebPlace> takeQuiet();
+    /// The spare page, as it is; nothing without one.
     [[nodiscard]] std::optional<WebPlace> takeSpare();
 
     [[nodiscard]] bool hasNetwork() const { return m_options.network; }
@@ -65,6 +70,7 @@ private:
         ChildProcess child;
         DevTools devTools;
         std::optional<WebPlace> spare;
+        std::optional<WebPlace> quiet; ///< used before, for pages without scripts
     };
 
     /// Where the system lets nobody have namespaces (some containers), the engine's own sandbox

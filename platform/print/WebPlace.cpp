@@ -97,6 +97,21 @@ void WebPlace::goOn(const JSON& result) {
     }
 }
 
+void WebPlace::makeQuiet() {
+    m_isQuiet = true;
+    m_step = Step::preparations;
+    send("Emulation.setScriptExecutionDisabled", {{"value", true}});
+    send("Emulation.setEmulatedMedia", {{"media", "print"}});
+    send("DOM.enable", JSON::object());
+    send("CSS.enable", JSON::object());
+}
+
+void WebPlace::clear() {
+    ++m_uses;
+    m_step = Step::preparations;
+    send("Page.resetNavigationHistory", JSON::object());
+}
+
 void WebPlace::dispose() {
     m_devTools->send("Target.disposeBrowserContext", {{"browserContextId", m_context}});
 }

@@ -24,6 +24,12 @@ public:
 
     /// Takes a message if it is about the making of this page.
     void deal(const JSON& message);
+    /// Makes it a place for pages without scripts, of which it can show several: none runs there
+    /// from now on, so that nothing of a page goes on after it. Shows them as for paper, and tells
+    /// of their style sheets.
+    void makeQuiet();
+    /// Makes a quiet place fit for another page, once it has shown one.
+    void clear();
     /// Gives up a page that is there.
     void dispose();
 
@@ -32,6 +38,9 @@ public:
     /// Why it failed.
     [[nodiscard]] const std::string& reason() const { return m_reason; }
     [[nodiscard]] const Size& size() const { return m_size; }
+    [[nodiscard]] bool isQuiet() const { return m_isQuiet; }
+    /// How often it was cleared.
+    [[nodiscard]] int uses() const { return m_uses; }
 
     /// The engine's names; the target's is the main frame's, too.
     [[nodiscard]] const std::string& target() const { return m_target; }
@@ -52,6 +61,8 @@ private:
     std::string m_target;
     std::string m_session;
     std::string m_reason;
+    bool m_isQuiet = false;
+    int m_uses = 0;
 };
 
 /// Makes requests of a page, a frame in a process of its own, or a worker wait for an answer.

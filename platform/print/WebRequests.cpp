@@ -51,6 +51,7 @@ bool WebRequests::answer(DevTools& devTools, const JSON& event, const std::strin
         m_pageRequest = text(event, "networkId");
     }
     if (resource) {
+        m_bytes += resource->data.size();
         return devTools
             .send("Fetch.fulfillRequest",
                   answerWith(request, std::move(*resource), isPage && m_leads.isOver()), session)

@@ -5,6 +5,7 @@
 #include "platform/print/WebLeads.h"
 
 #include <chrono>
+#include <cstddef>
 #include <map>
 #include <optional>
 #include <set>
@@ -43,6 +44,9 @@ public:
     /// be taken back without stopping the page amid its text.
     void giveUpSilentOnes(bool all);
 
+    /// How many bytes the page was given.
+    [[nodiscard]] std::size_t bytes() const { return m_bytes; }
+
     /// Since when other machines that were asked keep silent; nothing when none is waited for.
     [[nodiscard]] std::optional<DevTools::Clock::time_point> silentSince() const;
 
@@ -56,6 +60,7 @@ private:
     std::set<std::string> m_answering;              ///< hosts that have sent something
     std::set<std::string> m_silent;                 ///< hosts that were given up
     DevTools::Clock::time_point m_lastNews;
+    std::size_t m_bytes = 0;
 };
 
 } // namespace quillorn

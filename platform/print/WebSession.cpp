@@ -15,6 +15,9 @@ using json::text;
 
 const JSON noParameters = JSON::object();
 
+/// What a page leaves in its process adds up.
+constexpr int mostUses = 100;
+
 } // namespace
 
 WebSession::WebSession(WebEngine& engine, const WebContent& content, std::stop_token stop)
@@ -24,10 +27,13 @@ WebSession::~WebSession() {
     if (m_devTools == nullptr) {
         return;
     }
-    if (m_isFine && !m_hasCrashed) {
-        m_place->dispose();
-    } else {
+    if (!m_isFine || m_hasCrashed) {
         m_engine.end();
+    } else if (m_isLight && m_place->isQuiet() && m_place->uses() < mostUses) {
+        m_place->clear();
+        m_engine.keepQuiet(std::move(*m_place));
+    } else {
+        m_place->dispose();
     }
 }
 
@@ -46,13 +52,15 @@ WebResult<void> WebSession::waitForPlace(Clock::time_point deadline) {
             return tl::unexpected(errorOf(wait));
         }
         m_place->deal(message);
+        m_engine.dealWithSpare(message);
     }
     return m_place->isReady()
                ? WebResult<void>()
                : tl::unexpected(WebError{WebError::Kind::refused, m_place->reason()});
 }
 
-WebResult<void> WebSession::open(const WebPlace::Size& size, Clock::time_point deadline) {
+WebResult<void> WebSession::open(const WebPlace::Size& size, bool scripts,
+                                 Clock::time_point deadline) {
     const pid_t before = m_engine.processGroup();
     auto devTools = m_engine.connect(m_stop);
     if (!devTools) {
@@ -60,7 +68,7 @@ WebResult<void> WebSession::open(const WebPlace::Size& size, Clock::time_point d
     }
     m_devTools = *devTools;
     m_isEngineKept = m_engine.processGroup() == before;
-    m_place = m_engine.takeSpare();
+    m_place = scripts ? m_engine.takeSpare() : m_engine.takeQuiet();
     WebResult<void> made;
     if (m_place) {
         made = waitForPlace(deadline);
@@ -73,6 +81,10 @@ WebResult<void> WebSession::open(const WebPlace::Size& size, Clock::time_point d
         m_place.emplace(*m_devTools, size);
         made = waitForPlace(deadline);
     }
+    if (made && !scripts && !m_place->isQuiet()) {
+        m_place->makeQuiet();
+        made = waitForPlace(deadline);
+    }
     if (made) {
         m_sessions.insert(m_place->session());
         m_requests.setMainFrame(m_place->target()); // the engine gives both the same name
@@ -80,9 +92,40 @@ WebResult<void> WebSession::open(const WebPlace::Size& size, Clock::time_point d
     return made;
 }
 
+std::optional<int> WebSession::send(const std::string& method, JSON parameters,
+                                    const std::string& session) {
+    const auto number = m_devTools->send(method, std::move(parameters), session);
+    if (number) {
+        m_asked.insert(*number);
+    }
+    return number;
+}
+
+std::optional<int> WebSession::ask(const std::string& method, JSON parameters) {
+    return send(method, std::move(parameters), m_place->session());
+}
+
+WebResult<JSON> WebSession::answerTo(std::optional<int> question, Clock::time_point deadline) {
+    if (!question) {
+        return tl::unexpected(errorOf(WebWait::engineGone));
+    }
+    while (!m_answers.contains(*question)) {
+        if (const WebWait wait = waitForEvent(deadline); wait != WebWait::done) {
+            return tl::unexpected(errorOf(wait));
+        }
+    }
+    const JSON answer = std::move(m_answers.extract(*question).mapped());
+    if (answer.contains("error")) {
+        return tl::unexpected(
+            WebError{WebError::Kind::refused,
+                     "the web engine says: " + text(inner(answer, "error"), "message")});
+    }
+    return inner(answer, "result");
+}
+
 WebResult<JSON> WebSession::call(const std::string& method, JSON parameters,
                                  Clock::time_point deadline) {
-    return request(method, std::move(parameters), m_place->session(), deadline);
+    return answerTo(ask(method, std::move(parameters)), deadline);
 }
 
 void WebSession::tell(const std::string& method, JSON parameters) {
@@ -90,20 +133,27 @@ void WebSession::tell(const std::string& method, JSON parameters) {
     m_devTools->send(method, std::move(parameters), m_place->session());
 }
 
-WebResult<JSON> WebSession::evaluate(const std::string& script, Clock::time_point deadline) {
+WebResult<int> WebSession::askToEvaluate(const std::string& script, Clock::time_point deadline) {
     if (m_world == 0) {
-        auto world = call("Page.createIsolatedWorld", {{"frameId", m_place->target()}}, deadline);
+        const auto world =
+            call("Page.createIsolatedWorld", {{"frameId", m_place->target()}}, deadline);
         if (!world) {
-            return world;
+            return tl::unexpected(world.error());
         }
         m_world = static_cast<int>(json::number(*world, "executionContextId"));
     }
-    auto answer = call("Runtime.evaluate",
-                       {{"expression", script},
-                        {"contextId", m_world},
-                        {"awaitPromise", true},
-                        {"returnByValue", true}},
-                       deadline);
+    const auto question = ask("Runtime.evaluate", {{"expression", script},
+                                                   {"contextId", m_world},
+                                                   {"awaitPromise", true},
+                                                   {"returnByValue", true}});
+    return question ? WebResult<int>(*question) : tl::unexpected(errorOf(WebWait::engineGone));
+}
+
+WebResult<JSON> WebSession::valueOf(const WebResult<int>& question, Clock::time_point deadline) {
+    if (!question) {
+        return tl::unexpected(question.error());
+    }
+    auto answer = answerTo(*question, deadline);
     if (!answer) {
         return answer;
     }
@@ -113,38 +163,15 @@ WebResult<JSON> WebSession::evaluate(const std::string& script, Clock::time_poin
     return inner(*answer, "result");
 }
 
-WebResult<JSON> WebSession::request(const std::string& method, JSON parameters,
-                                    const std::string& session, Clock::time_point deadline) {
-    const auto number = m_devTools->send(method, std::move(parameters), session);
-    if (!number) {
-        return tl::unexpected(errorOf(WebWait::engineGone));
-    }
-    while (true) {
-        JSON message;
-        const WebWait wait = m_devTools->receive(message, deadline, m_stop);
-        if (wait != WebWait::done) {
-            return tl::unexpected(errorOf(wait));
-        }
-        if (json::number(message, "id") != *number) {
-            deal(message);
-            if (m_hasCrashed) {
-                return tl::unexpected(errorOf(WebWait::engineGone));
-            }
-        } else if (message.contains("error")) {
-            return tl::unexpected(
-                WebError{WebError::Kind::refused,
-                         "the web engine says: " + text(inner(message, "error"), "message")});
-        } else {
-            return inner(message, "result");
-        }
-    }
+WebResult<JSON> WebSession::evaluate(const std::string& script, Clock::time_point deadline) {
+    return valueOf(askToEvaluate(script, deadline), deadline);
 }
 
 WebWait WebSession::waitForEvent(Clock::time_point deadline) {
     JSON message;
     const WebWait wait = m_devTools->receive(message, deadline, m_stop);
     if (wait == WebWait::done) {
-        deal(message);
+        deal(std::move(message));
     }
     return wait == WebWait::done && m_hasCrashed ? WebWait::engineGone : wait;
 }
@@ -166,8 +193,13 @@ WebError WebSession::errorOf(WebWait wait) const {
     return {Kind::refused, "it takes the web engine too long"};
 }
 
-void WebSession::deal(const JSON& message) {
+void WebSession::deal(JSON message) {
     m_engine.dealWithSpare(message);
+    if (const int number = static_cast<int>(json::number(message, "id"));
+        m_asked.erase(number) > 0) {
+        m_answers.emplace(number, std::move(message));
+        return;
+    }
     const std::string method = text(message, "method");
     const std::string session = text(message, "sessionId");
     const JSON event = inner(message, "params");

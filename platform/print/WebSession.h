@@ -7,6 +7,7 @@
 #include "platform/print/WebPlace.h"
 #include "platform/print/WebRequests.h"
 
+#include <map>
 #include <optional>
 #include <set>
 #include <stop_token>
@@ -31,8 +32,8 @@ public:
     /// Gives the page up. A page that misbehaved takes the engine along.
     ~WebSession();
 
-    /// Opens an empty page.
-    WebResult<void> open(const WebPlace::Size& size, Clock::time_point deadline);
+    /// Opens an empty page. Without scripts it may be one that has shown another before.
+    WebResult<void> open(const WebPlace::Size& size, bool scripts, Clock::time_point deadline);
     /// Whether the engine ran before, and may have been dying.
     [[nodiscard]] bool isEngineKept() const { return m_isEngineKept; }
     /// Begins to make a page like it for the next session of this engine.
@@ -43,13 +44,20 @@ public:
     /// The same about a frame in a process of its own.
     WebResult<JSON> callFrame(const std::string& frameSession, const std::string& method,
                               JSON parameters, Clock::time_point deadline) {
-        return request(method, std::move(parameters), frameSession, deadline);
+        return answerTo(send(method, std::move(parameters), frameSession), deadline);
     }
+    /// Sends one whose answer is fetched later. Requests are dealt with one after the other.
+    [[nodiscard]] std::optional<int> ask(const std::string& method, JSON parameters);
+    /// Waits for the answer to such a request.
+    WebResult<JSON> answerTo(std::optional<int> question, Clock::time_point deadline);
     /// Sends one whose answer is of no interest.
     void tell(const std::string& method, JSON parameters);
     /// Runs a script where the page's own scripts can neither see nor change what it uses.
     /// Returns what the engine says of its value.
     WebResult<JSON> evaluate(const std::string& script, Clock::time_point deadline);
+    /// The same in two steps. An error before the script is sent stands in the question.
+    WebResult<int> askToEvaluate(const std::string& script, Clock::time_point deadline);
+    WebResult<JSON> valueOf(const WebResult<int>& question, Clock::time_point deadline);
 
     /// Deals with what happens until the deadline or the next event; `done` stands for an event.
     [[nodiscard]] WebWait waitForEvent(Clock::time_point deadline);
@@ -78,15 +86,16 @@ public:
     [[nodiscard]] const std::set<std::string>& styleSheets() const { return m_styleSheets; }
     /// From now on the page counts as well behaved: the engine may be kept.
     void setFine() { m_isFine = true; }
+    /// And so may the page itself, if it is quiet: it was easy to deal with.
+    void setLight() { m_isLight = true; }
 
 private:
     WebResult<void> waitForPlace(Clock::time_point deadline);
     [[nodiscard]] WebError noEngine(const FileError& error) const;
-    void deal(const JSON& message);
+    void deal(JSON message);
     /// Deals with an event about the main frame or another one.
     void dealWithFrame(const std::string& method, const JSON& event);
-    WebResult<JSON> request(const std::string& method, JSON parameters, const std::string& session,
-                            Clock::time_point deadline);
+    std::optional<int> send(const std::string& method, JSON parameters, const std::string& session);
 
     WebEngine& m_engine;
     WebRequests m_requests;
@@ -99,10 +108,13 @@ private:
     std::vector<ForeignFrame> m_foreignFrames;
     std::set<std::string> m_expected; ///< frames whose load is waited for
     std::set<std::string> m_styleSheets;
-    int m_world = 0; ///< our own scripts' context; 0 before the first
+    std::set<int> m_asked;         ///< requests whose answers are of interest
+    std::map<int, JSON> m_answers; ///< those that came and were not fetched
+    int m_world = 0;               ///< our own scripts' context; 0 before the first
     bool m_isEngineKept = false;
     bool m_hasCrashed = false;
     bool m_isFine = false;
+    bool m_isLight = false;
 };
 
 } // namespace quillorn

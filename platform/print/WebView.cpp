@@ -1,12 +1,14 @@
 #include "platform/print/WebView.h"
 
-#include "platform/files/ReplacementFile.h"
 #include "platform/print/Base64.h"
 #include "platform/print/ForeignFrames.h"
 #include "platform/print/JSONAccess.h"
 #include "platform/print/PageRules.h"
+#include "platform/print/ScriptSigns.h"
+#include "platform/print/WebURL.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <set>
 #include <string>
@@ -29,12 +31,23 @@ constexpr std::chrono::seconds shortWhile{1};
 /// How soon an engine or an empty page that was dying shows it.
 constexpr std::chrono::seconds early{2};
 
+/// A page that takes less leaves little behind in the engine's process that shows it.
+constexpr std::size_t lightBytes = 4U << 20U;
+constexpr std::chrono::seconds lightTime{1};
+
 constexpr std::size_t pdfBlock = 4U << 20U; // bytes
 constexpr std::size_t mostStyleSheets = 2'000;
 constexpr std::size_t mostFrames = 500;
 
 std::string quoted(const std::string& text) {
     return JSON(text).dump(-1, ' ', true, JSON::error_handler_t::replace);
+}
+
+/// Whether this is a file's page. Going from one to another, the engine never takes the second
+/// for the first one's next part, as it would with a fragment, nor does it start a new process.
+bool isFilePage(const WebContent& content) {
+    return schemeOfURL(content.startURL()) == "file" &&
+           content.startURL().find('#') == std::string::npos;
 }
 
 WebError notWritten(const FileError& error) {
@@ -48,6 +61,8 @@ WebResult<void> WebView::load(std::unique_ptr<WebContent> content, const PrintIn
                               const std::stop_token& stop) {
     m_session.reset();
     m_content = std::move(content);
+    const auto page = m_content->find(m_content->startURL());
+    m_isQuiet = page && !mayHoldScripts(*page) && isFilePage(*m_content);
     const auto begin = Clock::now();
     auto loaded = loadOnce(info, stop);
     if (!loaded && loaded.error().kind == WebError::Kind::refused && m_session->isEngineKept() &&
@@ -64,14 +79,15 @@ WebResult<void> WebView::load(std::unique_ptr<WebContent> content, const PrintIn
 }
 
 WebResult<void> WebView::loadOnce(const PrintInfo& info, const std::stop_token& stop) {
-    m_isCutShort = m_isScriptless = false;
+    m_isCutShort = false;
+    m_isScriptless = m_isQuiet;
     m_session.emplace(m_engine, *m_content, stop);
     // The engine's own start takes none of the page's time.
     auto loaded = m_session->open({static_cast<int>(info.printableWidth() * pixelsPerPoint),
                                    static_cast<int>(info.printableHeight() * pixelsPerPoint)},
-                                  Clock::now() + m_limits.time);
+                                  !m_isQuiet, Clock::now() + m_limits.time);
     m_start = Clock::now();
-    if (loaded && m_session->isEngineKept()) {
+    if (loaded && m_session->isEngineKept() && !m_isQuiet) {
         m_session->prepareNext(); // where pages follow each other, there will be more of them
     }
     if (loaded) {
@@ -138,7 +154,7 @@ WebResult<void> WebView::waitForLoad() {
                 return {};
             }
             heard = m_session->loader();
-            again = hearOut();
+            again = m_isQuiet ? WebResult<void>() : hearOut();
         } else {
             const auto until =
                 std::min({half(), leads.openUntil().value_or(half()), othersUntil()});
@@ -185,40 +201,66 @@ WebResult<void> WebView::print(const PrintInfo& info) {
     if (!m_session) {
         return tl::unexpected(WebError{WebError::Kind::refused, "nothing is loaded"});
     }
-    const auto deadline = m_start + m_limits.time;
-    m_session->prepareNext();
+    if (!m_isQuiet) {
+        m_session->prepareNext();
+    }
     ExactPaper paper(info);
-    const PrintInfo& asked = paper.request();
-    WebResult<void> result = prepareForPaper(asked);
-    if (result) {
-        const auto printed = m_session->call("Page.printToPDF",
-                                             {{"printBackground", true},
-                                              {"displayHeaderFooter", false},
-                                              {"preferCSSPageSize", false},
-                                              {"generateTaggedPDF", true},
-                                              {"paperWidth", asked.paper.width / pointsPerInch},
-                                              {"paperHeight", asked.paper.height / pointsPerInch},
-                                              {"marginTop", asked.topMargin / pointsPerInch},
-                                              {"marginBottom", asked.bottomMargin / pointsPerInch},
-                                              {"marginLeft", asked.leftMargin / pointsPerInch},
-                                              {"marginRight", asked.rightMargin / pointsPerInch},
-                                              {"transferMode", "ReturnAsStream"}},
-                                             deadline);
-        result = printed ? save(json::text(*printed, "stream"), paper, info)
-                         : tl::unexpected(printed.error());
-    }
-    if (result && !m_isCutShort) {
+    const auto stream = printToStream(paper.request());
+    auto file = stream ? save(*stream, paper, info) : tl::unexpected(stream.error());
+    if (file && !m_isCutShort) {
         m_session->setFine();
+        if (!m_engine.hasNetwork() && m_session->requests().bytes() < lightBytes &&
+            Clock::now() < m_start + lightTime) {
+            m_session->setLight();
+        }
     }
+    // The engine gets ready for the next page while this one's file is brought to the disk.
     m_session.reset();
-    return result;
+    if (!file) {
+        return tl::unexpected(std::move(file.error()));
+    }
+    if (auto committed = file->commit(); !committed) {
+        return tl::unexpected(notWritten(committed.error()));
+    }
+    return {};
 }
 
-WebResult<void> WebView::prepareForPaper(const PrintInfo& info) {
+WebResult<std::string> WebView::printToStream(const PrintInfo& info) {
+    const auto deadline = m_start + m_limits.time;
+    const auto prepared = prepareForPaper(info);
+    if (!prepared) {
+        return tl::unexpected(prepared.error());
+    }
+    const auto question =
+        m_session->ask("Page.printToPDF", {{"printBackground", true},
+                                           {"displayHeaderFooter", false},
+                                           {"preferCSSPageSize", false},
+                                           {"generateTaggedPDF", true},
+                                           {"paperWidth", info.paper.width / pointsPerInch},
+                                           {"paperHeight", info.paper.height / pointsPerInch},
+                                           {"marginTop", info.topMargin / pointsPerInch},
+                                           {"marginBottom", info.bottomMargin / pointsPerInch},
+                                           {"marginLeft", info.leftMargin / pointsPerInch},
+                                           {"marginRight", info.rightMargin / pointsPerInch},
+                                           {"transferMode", "ReturnAsStream"}});
+    if (const auto value = m_session->valueOf(prepared, deadline); !value) {
+        return tl::unexpected(value.error());
+    }
+    const auto printed = m_session->answerTo(question, deadline);
+    return printed ? WebResult<std::string>(json::text(*printed, "stream"))
+                   : tl::unexpected(printed.error());
+}
+
+WebResult<int> WebView::prepareForPaper(const PrintInfo& info) {
     const auto deadline = m_start + m_limits.time;
     const auto soon = [deadline]() { return std::min(deadline, Clock::now() + shortWhile); };
     m_session->requests().leads().finish();
-    m_session->tell("Emulation.setEmulatedMedia", {{"media", "print"}});
+    std::vector<std::optional<int>> questions;
+    if (!m_isQuiet) {
+        m_session->tell("Emulation.setEmulatedMedia", {{"media", "print"}});
+        questions.push_back(m_session->ask("DOM.enable", JSON::object()));
+        questions.push_back(m_session->ask("CSS.enable", JSON::object()));
+    }
     if (!m_isCutShort) {
         // Fonts and pictures that only paper needs are asked for now. Whatever does not come
         // soon is printed without.
@@ -229,22 +271,40 @@ WebResult<void> WebView::prepareForPaper(const PrintInfo& info) {
         if (!ready && m_session->hasCrashed()) {
             return tl::unexpected(ready.error());
         }
-        endScripts();
+        if (!m_isQuiet) {
+            endScripts();
+        }
     }
     if (auto taken = takeInForeignFrames(*m_session, soon()); !taken) {
-        return taken;
+        return tl::unexpected(taken.error());
     }
-    const auto metrics = m_session->call("Page.getLayoutMetrics", JSON::object(), deadline);
-    if (!metrics) {
-        return tl::unexpected(metrics.error());
+    const auto metrics = m_session->ask("Page.getLayoutMetrics", JSON::object());
+    for (const auto& question : questions) {
+        if (const auto enabled = m_session->answerTo(question, deadline); !enabled) {
+            return tl::unexpected(enabled.error());
+        }
     }
-    const double height = json::number(json::inner(*metrics, "cssContentSize"), "height");
+    if (auto hidden = hideScriptless(); !hidden) {
+        return tl::unexpected(hidden.error());
+    }
+    if (auto removed = removePageRules(); !removed) {
+        return tl::unexpected(removed.error());
+    }
+    const auto measured = m_session->answerTo(metrics, deadline);
+    if (!measured) {
+        return tl::unexpected(measured.error());
+    }
+    const double height = json::number(json::inner(*measured, "cssContentSize"), "height");
     if (height > m_limits.sheets * info.printableHeight() * pixelsPerPoint) {
         return tl::unexpected(WebError{
             WebError::Kind::refused,
             "it would be longer than " + std::to_string(std::lround(m_limits.sheets)) + " pages"});
     }
-    return setPageRules(info);
+    // Style sheets made by a script are subject to no policy of the page's.
+    return m_session->askToEvaluate(
+        "{ const rules = new CSSStyleSheet(); rules.replaceSync(" + quoted(pageRules(info)) +
+            "); document.adoptedStyleSheets = [...document.adoptedStyleSheets, rules]; true }",
+        deadline);
 }
 
 WebResult<void> WebView::hideScriptless() {
@@ -276,30 +336,25 @@ WebResult<void> WebView::hideScriptless() {
     return {};
 }
 
-WebResult<void> WebView::setPageRules(const PrintInfo& info) {
+WebResult<void> WebView::removePageRules() {
     const auto deadline = m_start + m_limits.time;
-    for (const char* const domain : {"DOM.enable", "CSS.enable"}) {
-        if (auto enabled = m_session->call(domain, JSON::object(), deadline); !enabled) {
-            return tl::unexpected(std::move(enabled.error()));
-        }
-    }
-    if (auto hidden = hideScriptless(); !hidden) {
-        return hidden;
-    }
     // The set grows when a changed sheet is announced once more.
     const std::set<std::string> sheets = m_session->styleSheets();
     if (sheets.size() > mostStyleSheets) {
         return tl::unexpected(
             WebError{WebError::Kind::refused, "it has an absurd number of style sheets"});
     }
+    std::vector<std::pair<JSON, std::optional<int>>> questions;
     for (const std::string& sheet : sheets) {
         const JSON which = {{"styleSheetId", sheet}};
-        const auto text = m_session->call("CSS.getStyleSheetText", which, deadline);
+        questions.emplace_back(which, m_session->ask("CSS.getStyleSheetText", which));
+    }
+    for (auto& [which, question] : questions) {
+        const auto text = m_session->answerTo(question, deadline);
         auto changed = withoutPageRules(text ? json::text(*text, "text") : std::string());
         if (changed) {
-            const auto set =
-                m_session->call("CSS.setStyleSheetText",
-                                {{"styleSheetId", sheet}, {"text", std::move(*changed)}}, deadline);
+            which["text"] = std::move(*changed);
+            const auto set = m_session->call("CSS.setStyleSheetText", which, deadline);
             if (!set) {
                 return tl::unexpected(set.error());
             }
@@ -307,23 +362,23 @@ WebResult<void> WebView::setPageRules(const PrintInfo& info) {
             return tl::unexpected(text.error());
         }
     }
-    // Style sheets made by a script are subject to no policy of the page's.
-    const auto set = m_session->evaluate(
-        "{ const rules = new CSSStyleSheet(); rules.replaceSync(" + quoted(pageRules(info)) +
-            "); document.adoptedStyleSheets = [...document.adoptedStyleSheets, rules]; true }",
-        deadline);
-    return set ? WebResult<void>() : tl::unexpected(set.error());
+    return {};
 }
 
-WebResult<void> WebView::save(const std::string& stream, ExactPaper& paper, const PrintInfo& info) {
+WebResult<ReplacementFile> WebView::save(const std::string& stream, ExactPaper& paper,
+                                         const PrintInfo& info) {
     const auto deadline = m_start + m_limits.time;
     auto file = ReplacementFile::create(info.savePath);
     if (!file) {
         return tl::unexpected(notWritten(file.error()));
     }
-    for (bool isWhole = false; !isWhole;) {
-        const auto block =
-            m_session->call("IO.read", {{"handle", stream}, {"size", pdfBlock}}, deadline);
+    const auto askForBlock = [this, &stream]() {
+        return m_session->ask("IO.read", {{"handle", stream}, {"size", pdfBlock}});
+    };
+    // One block ahead: most files have one, and the next says that there are no more.
+    std::array<std::optional<int>, 2> asked = {askForBlock(), askForBlock()};
+    for (std::size_t turn = 0;; turn = 1 - turn) {
+        const auto block = m_session->answerTo(asked.at(turn), deadline);
         if (!block) {
             return tl::unexpected(block.error());
         }
@@ -332,18 +387,19 @@ WebResult<void> WebView::save(const std::string& stream, ExactPaper& paper, cons
         if (!bytes) {
             return tl::unexpected(m_session->errorOf(WebWait::engineGone));
         }
-        isWhole = json::flag(*block, "eof", true);
+        const bool isWhole = json::flag(*block, "eof", true);
         if (auto written = file->write(paper.corrected(*bytes, isWhole)); !written) {
             return tl::unexpected(notWritten(written.error()));
         }
+        if (isWhole) {
+            break;
+        }
+        asked.at(turn) = askForBlock();
     }
     if (file->bytesWritten() == 0) {
         return tl::unexpected(WebError{WebError::Kind::refused, "the web engine printed nothing"});
     }
-    if (auto committed = file->commit(); !committed) {
-        return tl::unexpected(notWritten(committed.error()));
-    }
-    return {};
+    return std::move(*file);
 }
 
 } // namespace quillorn

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/files/ReplacementFile.h"
 #include "platform/print/ExactPaper.h"
 #include "platform/print/PrintInfo.h"
 #include "platform/print/WebContent.h"
@@ -63,11 +64,17 @@ private:
     void endScripts();
     /// Takes a page that does not come to its end as it is, if it is there at all.
     WebResult<void> cutShort();
-    WebResult<void> prepareForPaper(const PrintInfo& info);
+    /// Returns the engine's name for the stream of a PDF.
+    WebResult<std::string> printToStream(const PrintInfo& info);
+    /// Returns the question whose value tells that the last preparation was done.
+    WebResult<int> prepareForPaper(const PrintInfo& info);
     /// Keeps what is meant for engines without scripts hidden, where scripts ran until now.
     WebResult<void> hideScriptless();
-    WebResult<void> setPageRules(const PrintInfo& info);
-    WebResult<void> save(const std::string& stream, ExactPaper& paper, const PrintInfo& info);
+    /// Takes what a page says of paper and margins out of its style sheets.
+    WebResult<void> removePageRules();
+    /// Returns the written file, which its place is still without.
+    WebResult<ReplacementFile> save(const std::string& stream, ExactPaper& paper,
+                                    const PrintInfo& info);
 
     WebEngine& m_engine;
     Limits m_limits;
@@ -76,6 +83,7 @@ private:
     std::string m_loader; ///< the engine's name for the latest page that it was to fetch
     Clock::time_point m_start;
     bool m_isCutShort = false;
+    bool m_isQuiet = false;      ///< shown where no script may run, for it has none
     bool m_isScriptless = false; ///< loaded without scripts from its start
 };
 

@@ -18,6 +18,7 @@ namespace quillorn::tests {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -58,19 +59,25 @@ TEST_F(WebEngineTest, ThatWasKilledMeanwhileIsReplaced) {
     EXPECT_NE(engine().processGroup(), first);
 }
 
-TEST_F(WebEngineTest, APageThatWasPreparedAndDiedIsReplaced) {
-    static_cast<void>(printed("one"));
-    ASSERT_TRUE(waitUntil([]() { return !renderers().empty(); }));
-    for (const pid_t process : renderers()) {
-        ::kill(process, SIGKILL);
+/// One makes the engine prepare a page for the next, the other shows the next itself.
+const std::string someScript = "<script>1</script>";
+const std::string noScript;
+
+TEST_F(WebEngineTest, APageThatWaitedAndDiedIsReplaced) {
+    for (const std::string& script : {someScript, noScript}) {
+        static_cast<void>(printed(script + "one"));
+        ASSERT_TRUE(waitUntil([]() { return !renderers().empty(); }));
+        for (const pid_t process : renderers()) {
+            ::kill(process, SIGKILL);
+        }
+        EXPECT_THAT(printed(script + "two"), HasSubstr("two"));
+        EXPECT_THAT(printed(script + "three"), HasSubstr("three"));
     }
-    EXPECT_THAT(printed("two"), HasSubstr("two"));
-    EXPECT_THAT(printed("three"), HasSubstr("three"));
 }
 
-TEST_F(WebEngineTest, PagesThatWerePreparedForOtherPaperDoNotPileUp) {
-    const fs::path page = file("page.html", "<p>text");
-    for (int i = 0; i < 8; ++i) {
+TEST_F(WebEngineTest, PagesThatWaitForOtherPaperDoNotPileUp) {
+    for (int i = 0; i < 16; ++i) {
+        const fs::path page = file("page.html", (i < 8 ? someScript : noScript) + "<p>text");
         PrintInfo info = printInfoFor(output);
         if (i % 2 == 1) {
             info.paper = {420, 595};
@@ -82,8 +89,54 @@ TEST_F(WebEngineTest, PagesThatWerePreparedForOtherPaperDoNotPileUp) {
         ASSERT_TRUE(view.print(info));
         EXPECT_THAT(allText(), HasSubstr("text"));
     }
-    // The engine's own first page, the one prepared now, and those about to end.
-    EXPECT_TRUE(waitUntil([]() { return renderers().size() <= 2; }));
+    // The engine's own first page, one that waits of either kind, and those about to end.
+    EXPECT_TRUE(waitUntil([]() { return renderers().size() <= 3; })) << renderers().size();
+}
+
+TEST_F(WebEngineTest, PagesWithoutScriptsFollowEachOtherInOneProcess) {
+    engine().end();
+    static_cast<void>(printed("first"));
+    std::vector<pid_t> before;
+    ASSERT_TRUE(waitUntil([&before]() { return (before = renderers()).size() == 2; }));
+    for (const char* const text : {"second", "third", "fourth"}) {
+        EXPECT_EQ(printed(text), std::string(text) + "\n");
+        EXPECT_EQ(complaintsAbout(output), "");
+    }
+    EXPECT_EQ(renderers(), before);
+    EXPECT_THAT(printed("fifth<script>document.write(' with script')</script>"),
+                HasSubstr("fifth with script"));
+    EXPECT_THAT(printed("sixth"), HasSubstr("sixth"));
+}
+
+TEST_F(WebEngineTest, APageWithoutScriptsSeesNothingOfTheOneBefore) {
+    const auto putFiles = [this](const std::string& text) {
+        file("style.css", "p::after{content:' " + text + " style'}");
+        file("drawing.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='200' height='20'>"
+                            "<text x='0' y='10'>" +
+                                text + " drawing</text></svg>");
+    };
+    const std::string address = "file://" + site.string();
+    const std::string uses = "<link rel=stylesheet href='" + address + "/style.css'><img src='" +
+                             address + "/drawing.svg'>";
+    putFiles("old");
+    EXPECT_THAT(printed(uses + "<p>one"),
+                AllOf(HasSubstr("one old style"), HasSubstr("old drawing")));
+    putFiles("new");
+    EXPECT_THAT(printed(uses + "<p>two"),
+                AllOf(HasSubstr("two new style"), HasSubstr("new drawing")));
+    const auto result = print(file("elsewhere/page.html", uses + "<p>three"));
+    ASSERT_TRUE(result) << result.error().reason;
+    EXPECT_EQ(allText(), "three\n");
+}
+
+TEST_F(WebEngineTest, APageWithoutScriptsHasTheStylesOfOneWith) {
+    file("style.css", "@media screen { p::before { content: 'screen ' } }"
+                      "@page { margin: 0; size: A6 }");
+    const std::string page = "<link rel=stylesheet href=style.css><p>text";
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(printed(page), "text\n");
+        EXPECT_EQ(printed(page + someScript), "text\n");
+    }
 }
 
 /// A page whose script is asked for and never given: the engine dies over it.
