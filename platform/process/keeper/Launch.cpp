@@ -162,7 +162,9 @@ Launched launch(const Order& order) {
     arguments.push_back(nullptr);
 
     const pid_t keeper = ::getpid();
-    const pid_t child = ::fork();
+    // Nothing else may happen in the child, as in fork's handlers: ThreadSanitizer starts a thread
+    // there, and a process of two threads gets no namespace of its own.
+    const pid_t child = ::_Fork();
     if (child == 0) {
         const std::string_view step = become(order, arguments, output, errors, keeper);
         const Started report = failure(step, errno);

@@ -3,8 +3,10 @@
 #include "platform/ui/widgets/WidgetSheets.h"
 #include "platform/ui/widgets/WidgetText.h"
 
+#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDir>
+#include <QEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
@@ -153,8 +155,13 @@ bool WidgetWorkspace::openURL(const std::string& url) {
 
 WidgetMainThread::WidgetMainThread()
     : m_queue([this]() {
-          QMetaObject::invokeMethod(
-              &m_receiver, [this]() { m_queue.runPending(); }, Qt::QueuedConnection);
+          QCoreApplication::postEvent(&m_receiver,
+                                      std::make_unique<QEvent>(QEvent::User).release());
       }) {}
+
+bool WidgetMainThread::Receiver::event(QEvent* /*event*/) {
+    m_queue.runPending();
+    return true;
+}
 
 } // namespace quillorn

@@ -56,7 +56,17 @@ public:
     void close() { m_queue.close(); }
 
 private:
-    QObject m_receiver;
+    /// Only the queue knows what there is to do: an event of any kind says that it is time.
+    class Receiver final : public QObject {
+    public:
+        explicit Receiver(MainThreadQueue& queue) : m_queue(queue) {}
+        bool event(QEvent* event) override;
+
+    private:
+        MainThreadQueue& m_queue;
+    };
+
+    Receiver m_receiver{m_queue};
     MainThreadQueue m_queue;
 };
 

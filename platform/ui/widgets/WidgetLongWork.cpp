@@ -5,7 +5,9 @@
 #include "platform/ui/widgets/WidgetText.h"
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QDialog>
+#include <QEvent>
 #include <QEventLoop>
 #include <QLabel>
 #include <QProgressBar>
@@ -14,6 +16,7 @@
 #include <atomic>
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <stop_token>
 #include <thread>
 
@@ -204,7 +207,7 @@ bool WidgetLongWork::runAndPaint(WorkWindow& window, const Work& work) {
             failure = std::current_exception();
         }
         hasEnded = true;
-        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+        QCoreApplication::postEvent(&loop, std::make_unique<QEvent>(QEvent::Quit).release());
     });
     // An orderly end of the program ends every loop; the work is not left behind even then.
     window.setRunning(true);
