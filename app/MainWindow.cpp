@@ -1,6 +1,7 @@
 #include "app/MainWindow.h"
 
 #include "app/Icons.h"
+#include "platform/ui/widgets/InputGuard.h"
 
 #include <QAction>
 #include <QApplication>
@@ -75,19 +76,21 @@ void MainWindow::connectView() {
     connect(&m_menus.fullScreen, &QAction::triggered, this, [this](bool fills) {
         setWindowState(windowState().setFlag(Qt::WindowFullScreen, fills));
     });
-    connect(&m_menus.otherPane, &QAction::triggered, this, [this]() {
+    const auto on = [this](QAction& action, auto command) {
+        connect(&action, &QAction::triggered, this, whileTakingInput(*this, command));
+    };
+    on(m_menus.otherPane, [this]() {
         PaneView& other = m_isOutputFocused ? *m_sourcePane : *m_outputPane;
         if (other.width() == 0) { // before the first file, the output pane is folded away
             m_splitter->setSizes({1, 1});
         }
         other.browser().setFocus(Qt::ShortcutFocusReason);
     });
-    connect(&m_menus.dividerLeft, &QAction::triggered, this, [this]() { moveDivider(-1); });
-    connect(&m_menus.dividerRight, &QAction::triggered, this, [this]() { moveDivider(1); });
-    connect(&m_menus.messages, &QAction::triggered, this,
-            [this]() { m_messageLine->showMessages(); });
-    connect(&m_menus.hide.action, &QAction::triggered, this, &QWidget::showMinimized);
-    connect(&m_menus.quit.action, &QAction::triggered, this, &QWidget::close);
+    on(m_menus.dividerLeft, [this]() { moveDivider(-1); });
+    on(m_menus.dividerRight, [this]() { moveDivider(1); });
+    on(m_menus.messages, [this]() { m_messageLine->showMessages(); });
+    on(m_menus.hide.action, [this]() { showMinimized(); });
+    on(m_menus.quit.action, [this]() { close(); });
     const auto popUp = [](PaneView& pane, QMenu& menu) {
         connect(&pane.browser(), &ImageBrowserView::contextMenuRequested, &menu,
                 [&menu](QPoint place) { menu.popup(place); });
