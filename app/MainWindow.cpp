@@ -8,6 +8,7 @@
 #include <QCloseEvent>
 #include <QEvent>
 #include <QList>
+#include <QMenuBar>
 #include <QStatusBar>
 #include <algorithm>
 
@@ -125,6 +126,12 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 
 void MainWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() &&
+        focusWidget() == menuBar()) {
+        // A menu that was left by Escape leaves the keys with the menu bar, which forgets whom to
+        // give them back to when a sheet takes them. It would have them again, and not use them.
+        (m_isOutputFocused ? m_outputPane : m_sourcePane)->browser().setFocus();
+    }
     if (event->type() == QEvent::WindowStateChange) {
         m_menus.fullScreen.setChecked(windowState().testFlag(Qt::WindowFullScreen));
     }
