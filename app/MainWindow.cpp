@@ -1,12 +1,14 @@
 #include "app/MainWindow.h"
 
 #include "app/Icons.h"
+#include "platform/ui/widgets/InputGuard.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QEvent>
 #include <QList>
+#include <QMenuBar>
 #include <QStatusBar>
 #include <algorithm>
 
@@ -75,19 +77,21 @@ void MainWindow::connectView() {
     connect(&m_menus.fullScreen, &QAction::triggered, this, [this](bool fills) {
         setWindowState(windowState().setFlag(Qt::WindowFullScreen, fills));
     });
-    connect(&m_menus.otherPane, &QAction::triggered, this, [this]() {
+    const auto on = [this](QAction& action, auto command) {
+        connect(&action, &QAction::triggered, this, whileTakingInput(*this, command));
+    };
+    on(m_menus.otherPane, [this]() {
         PaneView& other = m_isOutputFocused ? *m_sourcePane : *m_outputPane;
         if (other.width() == 0) { // before the first file, the output pane is folded away
             m_splitter->setSizes({1, 1});
         }
         other.browser().setFocus(Qt::ShortcutFocusReason);
     });
-    connect(&m_menus.dividerLeft, &QAction::triggered, this, [this]() { moveDivider(-1); });
-    connect(&m_menus.dividerRight, &QAction::triggered, this, [this]() { moveDivider(1); });
-    connect(&m_menus.messages, &QAction::triggered, this,
-            [this]() { m_messageLine->showMessages(); });
-    connect(&m_menus.hide.action, &QAction::triggered, this, &QWidget::showMinimized);
-    connect(&m_menus.quit.action, &QAction::triggered, this, &QWidget::close);
+    on(m_menus.dividerLeft, [this]() { moveDivider(-1); });
+    on(m_menus.dividerRight, [this]() { moveDivider(1); });
+    on(m_menus.messages, [this]() { m_messageLine->showMessages(); });
+    on(m_menus.hide.action, [this]() { showMinimized(); });
+    on(m_menus.quit.action, [this]() { close(); });
     const auto popUp = [](PaneView& pane, QMenu& menu) {
         connect(&pane.browser(), &ImageBrowserView::contextMenuRequested, &menu,
                 [&menu](QPoint place) { menu.popup(place); });
@@ -122,6 +126,12 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 
 void MainWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() &&
+        focusWidget() == menuBar()) {
+        // A menu that was left by Escape leaves the keys with the menu bar, which forgets whom to
+        // give them back to when a sheet takes them. It would have them again, and not use them.
+        (m_isOutputFocused ? m_outputPane : m_sourcePane)->browser().setFocus();
+    }
     if (event->type() == QEvent::WindowStateChange) {
         m_menus.fullScreen.setChecked(windowState().testFlag(Qt::WindowFullScreen));
     }

@@ -2,6 +2,7 @@
 
 #include "platform/ui/ApplicationName.h"
 #include "platform/ui/CacheFolder.h"
+#include "platform/ui/widgets/InputGuard.h"
 
 #include <QAction>
 #include <QApplication>
@@ -209,10 +210,11 @@ void WindowProgram::connectSheets() {
 void WindowProgram::connectFileCommands() {
     WindowMenus& menus = m_window.menus();
     const auto on = [this](QAction& action, auto command) {
-        connect(&action, &QAction::triggered, this, command);
+        connect(&action, &QAction::triggered, this, whileTakingInput(m_window, command));
     };
     const auto press = [this](const WidgetButton& button, auto command) {
-        connect(button.widget(), &QAbstractButton::clicked, this, command);
+        connect(button.widget(), &QAbstractButton::clicked, this,
+                whileTakingInput(m_window, command));
     };
     on(menus.about.action, [this]() { m_control->showAboutPanel(); });
     on(menus.helpFile.action, [this]() { m_control->showHelpFile(); });
@@ -228,7 +230,7 @@ void WindowProgram::connectFileCommands() {
 
 void WindowProgram::connectZoom(PaneView& pane, PaneMenus& menus, BrowserPane& controller) {
     const auto on = [this](MenuEntry& entry, auto command) {
-        connect(&entry.action, &QAction::triggered, this, command);
+        connect(&entry.action, &QAction::triggered, this, whileTakingInput(m_window, command));
     };
     for (MenuEntry* const entry : {&menus.zoomIn, &menus.iZoomIn}) {
         on(*entry, [&controller]() { controller.zoomIn(); });
@@ -262,7 +264,7 @@ void WindowProgram::connectPaneCommands() {
     connectZoom(m_window.sourcePane(), menus.source, *m_source);
     connectZoom(m_window.outputPane(), menus.output, *m_output);
     const auto on = [this](QAction& action, auto command) {
-        connect(&action, &QAction::triggered, this, command);
+        connect(&action, &QAction::triggered, this, whileTakingInput(m_window, command));
     };
     for (MenuEntry* const entry : {&menus.source.closePDFFile, &menus.source.iClosePDFFile}) {
         on(entry->action, [this]() { m_source->closePDFFile(); });
@@ -301,7 +303,7 @@ void WindowProgram::connectPaneCommands() {
 void WindowProgram::connectPageCommands() {
     WindowMenus& menus = m_window.menus();
     const auto on = [this](QAction& action, auto command) {
-        connect(&action, &QAction::triggered, this, command);
+        connect(&action, &QAction::triggered, this, whileTakingInput(m_window, command));
     };
     for (MenuEntry* const entry : {&menus.rotateRight, &menus.iRotateRight}) {
         on(entry->action, [this]() { m_output->rotateClockwise(); });

@@ -2,6 +2,7 @@
 
 #include "app/Icons.h"
 #include "model/FileNames.h"
+#include "platform/ui/widgets/InputGuard.h"
 #include "platform/ui/widgets/WidgetText.h"
 
 #include <QApplication>
@@ -93,8 +94,16 @@ QDialogButtonBox* buttonsOf(QDialog& dialog, const QString& confirmText,
     button->setDefault(true);
     button->setObjectName(QStringLiteral("confirm"));
     buttons->addButton(QDialogButtonBox::Cancel);
-    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, std::move(confirm));
-    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    const auto whileShown = [&dialog](auto command) {
+        return whileTakingInput(dialog, [&dialog, command = std::move(command)]() {
+            if (dialog.isVisible()) { // or it is answered already
+                command();
+            }
+        });
+    };
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, whileShown(std::move(confirm)));
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog,
+                     whileShown([&dialog]() { dialog.reject(); }));
     return buttons;
 }
 
@@ -214,7 +223,7 @@ QDialog* WindowSheets::makeSave() {
     folder->setAutoDefault(false);
     folder->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     QObject::connect(folder, &QPushButton::clicked, dialog,
-                     [this]() { m_commands.chooseFolder(); });
+                     whileTakingInput(*dialog, [this]() { m_commands.chooseFolder(); }));
     btnSavePath.setChanged([this, folder, dialog]() {
         folder->setPath(toQString(btnSavePath.title()));
         prepareSave(*dialog);

@@ -197,7 +197,8 @@ private:
     void askAboutPasswordMeanwhile();
     [[nodiscard]] bool dropFiles(const std::vector<std::string>& files);
     [[nodiscard]] DragOperation operationForFiles(const Pasteboard& pasteboard, bool entered);
-    void beginOpenPanel(std::span<const std::string_view> types, Route route);
+    void beginOpenPanel(const std::string& title, std::span<const std::string_view> types,
+                        Route route);
     void loadFiles(const std::vector<std::string>& paths, Route route);
 
     // On any thread.

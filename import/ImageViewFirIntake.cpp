@@ -39,15 +39,17 @@ void ImageViewFir::refuse(const ImportRefusal& refusal) {
 }
 
 void ImageViewFir::addImageButtonClicked() {
-    beginOpenPanel(openPanelTypes(), openPanelRoute);
+    beginOpenPanel({}, openPanelTypes(), openPanelRoute);
 }
 
 void ImageViewFir::importDocumentsClicked() {
-    beginOpenPanel(dropTypes(), dropRoute);
+    beginOpenPanel("Import Documents", dropTypes(), dropRoute);
 }
 
-void ImageViewFir::beginOpenPanel(std::span<const std::string_view> types, Route route) {
+void ImageViewFir::beginOpenPanel(const std::string& title, std::span<const std::string_view> types,
+                                  Route route) {
     OpenPanel panel;
+    panel.title = title;
     panel.allowsMultipleSelection = true;
     panel.folder = m_services.preferences.stringForKey(preference_key::addFilePath)
                        .value_or(joinedPath(m_services.homeFolder, "Documents"));

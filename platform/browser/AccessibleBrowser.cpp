@@ -1,6 +1,7 @@
 #include "platform/browser/AccessibleBrowser.h"
 
 #include "platform/browser/ImageBrowserView.h"
+#include "platform/ui/widgets/InputGuard.h"
 #include "platform/ui/widgets/WidgetText.h"
 
 #include <QAccessible>
@@ -58,7 +59,9 @@ public:
     }
 
     [[nodiscard]] QStringList actionNames() const override {
-        return {m_key.isItem ? setFocusAction() : toggleAction()};
+        return InputGuard::takesInput(m_view)
+                   ? QStringList{m_key.isItem ? setFocusAction() : toggleAction()}
+                   : QStringList();
     }
     void doAction(const QString& name) override;
     [[nodiscard]] QStringList keyBindingsForAction(const QString& /*name*/) const override {
@@ -102,6 +105,7 @@ QAccessible::State AccessibleChild::state() const {
         state.invalid = true;
         return state;
     }
+    state.disabled = !InputGuard::takesInput(m_view);
     state.focusable = true;
     if (m_key.isItem) {
         state.selectable = true;
@@ -120,7 +124,7 @@ QAccessible::State AccessibleChild::state() const {
 }
 
 void AccessibleChild::doAction(const QString& /*name*/) {
-    if (!isValid()) {
+    if (!isValid() || !InputGuard::takesInput(m_view)) {
         return;
     }
     if (m_key.isItem) {
@@ -147,6 +151,11 @@ public:
         }
     }
 
+    [[nodiscard]] QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.disabled = state.disabled || !InputGuard::takesInput(m_view);
+        return state;
+    }
     [[nodiscard]] int childCount() const override { return static_cast<int>(keys().size()); }
     [[nodiscard]] QAccessibleInterface* child(int index) const override {
         const std::vector<ChildKey> all = keys();

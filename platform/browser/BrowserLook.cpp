@@ -428,6 +428,7 @@ QPixmap BrowserLook::dragPicture(const std::vector<PagePicture>& pages, std::siz
     QPainter painter(&pixmap);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     const std::size_t shown = std::min<std::size_t>(pages.size(), 3);
+    QRectF stack; // what the pages take up: less than their frames, as each has its proportions
     for (std::size_t i = shown; i-- > 0;) {
         PagePicture page = pages[i];
         page.size.scale(side * m_ratio, side * m_ratio, Qt::KeepAspectRatio);
@@ -435,7 +436,9 @@ QPixmap BrowserLook::dragPicture(const std::vector<PagePicture>& pages, std::siz
             page.state = PagePicture::State::waiting; // it is drawn smaller than it is
         }
         const double shift = static_cast<double>(i) * step;
-        drawPage(painter, QRectF(margin + shift, margin + 2 * step - shift, side, side), page);
+        const QRectF area(margin + shift, margin + 2 * step - shift, side, side);
+        drawPage(painter, area, page);
+        stack |= paperIn(area, page);
     }
     const QString text = QLocale().toString(static_cast<qulonglong>(count));
     QFont bold = m_font;
@@ -443,7 +446,10 @@ QPixmap BrowserLook::dragPicture(const std::vector<PagePicture>& pages, std::siz
     const QFontMetrics metrics(bold);
     const double height = metrics.height() + 4;
     const double width = std::max<double>(metrics.horizontalAdvance(text) + 12, height);
-    const QRectF badge(whole - width - 2, 2, width, height);
+    QRectF badge(0, 0, width, height);
+    badge.moveCenter(stack.topRight());
+    badge.moveRight(std::min(badge.right(), whole - 2.0));
+    badge.moveTop(std::max(badge.top(), 2.0));
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(m_palette.color(QPalette::Active, QPalette::Highlight));
     painter.setPen(QPen(m_palette.color(QPalette::Active, QPalette::HighlightedText), 1.5));

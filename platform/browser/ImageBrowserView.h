@@ -86,6 +86,8 @@ public:
     [[nodiscard]] bool isPreviewShown() const;
     /// Whether everything that may be seen has its picture, or the one of what cannot be drawn.
     [[nodiscard]] bool showsAllPictures() const;
+    /// Whether it still glides to where it was told to scroll.
+    [[nodiscard]] bool isGliding() const { return m_glideTimer.isActive(); }
 
 signals:
     /// The menu of the selection, or of the browser where nothing is selected, is asked for at

@@ -60,6 +60,11 @@ void PagePreview::show(std::shared_ptr<PDFPage> page, const QString& title, cons
     update();
 }
 
+bool PagePreview::showsPicture() const {
+    return m_page == nullptr ||
+           m_pictures.find(*m_page, frame()).state != PagePicture::State::waiting;
+}
+
 QRect PagePreview::pageArea() const {
     const int label = fontMetrics().height();
     return rect().adjusted(margin, margin, -margin, -margin - 2 * label);

@@ -23,6 +23,8 @@ public:
     void appear();
     /// Null shows an empty place.
     void show(std::shared_ptr<PDFPage> page, const QString& title, const QString& place);
+    /// Whether its page has its picture, or the one of what cannot be drawn.
+    [[nodiscard]] bool showsPicture() const;
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -8,6 +8,7 @@ namespace quillorn {
 
 /// What a panel for choosing files or folders offers.
 struct OpenPanel {
+    std::string title; ///< empty: as the panel calls itself
     bool canChooseFiles = true;
     bool canChooseDirectories = false;
     bool canCreateDirectories = false;

@@ -12,6 +12,20 @@ namespace {
 
 constexpr const char* letThroughProperty = "quillornTakesInput";
 
+/// Those that live, innermost last. Belongs to the thread of the windows.
+std::vector<const InputGuard*>& guards() {
+    static std::vector<const InputGuard*> all;
+    return all;
+}
+
+bool isIn(const QWidget& window, const QWidget& other) {
+    const QWidget* widget = &window;
+    while (widget != nullptr && widget != &other) {
+        widget = widget->parentWidget();
+    }
+    return widget != nullptr;
+}
+
 bool isInput(QEvent::Type type) {
     switch (type) {
     case QEvent::KeyPress:
@@ -49,14 +63,23 @@ InputGuard::InputGuard() {
         }
     }
     qApp->installEventFilter(this);
+    guards().push_back(this);
 }
 
 InputGuard::~InputGuard() {
+    std::erase(guards(), this);
     qApp->removeEventFilter(this);
 }
 
 void InputGuard::letThrough(QWidget& window) {
     window.setProperty(letThroughProperty, true);
+}
+
+bool InputGuard::takesInput(const QWidget& widget) {
+    const QWidget* const modal = QApplication::activeModalWidget();
+    return (modal == nullptr || isIn(widget, *modal)) &&
+           std::ranges::none_of(
+               guards(), [&widget](const InputGuard* guard) { return guard->isBlocked(widget); });
 }
 
 bool InputGuard::isBlocked(const QObject& object) const {

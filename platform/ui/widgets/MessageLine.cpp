@@ -1,5 +1,6 @@
 #include "platform/ui/widgets/MessageLine.h"
 
+#include "platform/ui/widgets/InputGuard.h"
 #include "platform/ui/widgets/WidgetText.h"
 
 #include <QAccessible>
@@ -34,7 +35,8 @@ MessageLine::MessageLine(QWidget* parent)
     m_button->setAutoRaise(true);
     m_button->setFocusPolicy(Qt::TabFocus);
     m_button->setToolTip(tr("Show all messages"));
-    connect(m_button, &QToolButton::clicked, this, &MessageLine::showMessages);
+    connect(m_button, &QToolButton::clicked, this,
+            whileTakingInput(*this, [this]() { showMessages(); }));
     m_button->hide();
 }
 

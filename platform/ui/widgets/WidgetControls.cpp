@@ -1,5 +1,6 @@
 #include "platform/ui/widgets/WidgetControls.h"
 
+#include "platform/ui/widgets/InputGuard.h"
 #include "platform/ui/widgets/WidgetText.h"
 
 #include <QFont>
@@ -73,7 +74,11 @@ WidgetSlider::WidgetSlider(QSlider& slider, float value, std::function<void()> m
     slider.setPageStep(steps / 10);
     setFloatValue(value);
     QObject::connect(&slider, &QSlider::valueChanged, &slider,
-                     [this, moved = std::move(moved)](int position) {
+                     [this, &slider, moved = std::move(moved)](int position) {
+                         if (!InputGuard::takesInput(slider)) {
+                             setFloatValue(m_value); // back to where it was
+                             return;
+                         }
                          m_value = static_cast<float>(position) / steps;
                          moved();
                      });

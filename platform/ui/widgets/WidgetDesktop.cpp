@@ -120,6 +120,9 @@ void WidgetFilePanels::beginSheet(const OpenPanel& panel, OpenPanelEnded didEnd)
         dialog->setFileMode(panel.allowsMultipleSelection ? QFileDialog::ExistingFiles
                                                           : QFileDialog::ExistingFile);
     }
+    if (!panel.title.empty()) {
+        dialog->setWindowTitle(toQString(panel.title));
+    }
     dialog->setOption(QFileDialog::ReadOnly, !panel.canCreateDirectories);
     if (!panel.types.empty()) {
         dialog->setOption(QFileDialog::HideNameFilterDetails);

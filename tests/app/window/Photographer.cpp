@@ -1,5 +1,6 @@
 #include "tests/app/window/Photographer.h"
 
+#include "platform/browser/PagePreview.h"
 #include "tests/fakes/MemoryPreferences.h"
 #include "tests/fakes/TestImage.h"
 #include "tests/fakes/TestPDF.h"
@@ -13,6 +14,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPainter>
+#include <QProgressBar>
 #include <QTest>
 #include <QToolBar>
 #include <QUrl>
@@ -23,9 +25,8 @@ namespace quillorn::tests {
 
 namespace {
 
-constexpr int patience = 60'000;  // milliseconds
-constexpr int picturesTake = 700; // milliseconds; nobody tells when all pages are drawn
-constexpr int menuTakes = 60;     // milliseconds
+constexpr int patience = 60'000; // milliseconds
+constexpr int lookEvery = 5;     // milliseconds
 constexpr QSize smallest(250, 300);
 constexpr QSize working(810, 810);
 constexpr QSize wide(1280, 700);
@@ -97,11 +98,31 @@ void Photographer::waitFor(const std::string& what, const std::function<bool()>&
     }
 }
 
+void Photographer::catchUp() {
+    // A timer of no time comes behind those that were started before it, and behind the events
+    // that were posted. What it finds may have put off something in its turn.
+    constexpr int rounds = 2;
+    for (int i = 0; i < rounds; ++i) {
+        QTimer timer;
+        timer.setSingleShot(true);
+        timer.start(0);
+        waitFor("what was put off", [&timer]() { return !timer.isActive(); });
+    }
+}
+
 void Photographer::settle() {
+    catchUp();
     waitFor("everything is read", [this]() {
-        return m_program->source().pdfFileNumber() == 0 && window().activities().isIdle();
+        return m_program->source().pdfFileNumber() == 0 && window().activities().isIdle() &&
+               window().activities().isHidden();
     });
-    QTest::qWait(picturesTake);
+    waitFor("all pages are drawn", [this]() {
+        const auto isDone = [](const PaneBrowser& browser) {
+            return !browser.isGliding() && browser.showsAllPictures();
+        };
+        return isDone(source()) && isDone(output());
+    });
+    catchUp();
 }
 
 void Photographer::save(const std::string& name, const QPixmap& picture) {
@@ -122,31 +143,44 @@ void Photographer::enact() {
         return;
     }
     // Each time a new timer: one whose slot waits in an inner event loop does not fire there.
-    QTimer::singleShot(menuTakes, &window(), [this]() { enact(); });
+    QTimer::singleShot(lookEvery, &window(), [this]() { enact(); });
+    QDialog* const dialog = findScene();
+    if (dialog == nullptr || std::exchange(m_seen, dialog) != dialog) {
+        return; // what showing it has put off, like giving it the keys, is done at the next look
+    }
+    m_seen = nullptr;
+    if (dialog->objectName().toStdString() != m_scenes.front().window) {
+        // Nothing would go on behind it.
+        fail(m_scenes.front().picture + ": " + dialog->windowTitle().toStdString());
+        escape(*dialog);
+        return;
+    }
+    const Scene scene = std::move(m_scenes.front());
+    m_scenes.erase(m_scenes.begin());
+    take(scene.picture, dialog);
+    if (scene.act) {
+        scene.act(*dialog);
+    } else {
+        dialog->close();
+    }
+}
+
+/// The window of the next scene, or else a message that nobody expects.
+QDialog* Photographer::findScene() {
+    QDialog* message = nullptr;
     for (QWidget* const widget : QApplication::topLevelWidgets()) {
         auto* const dialog = qobject_cast<QDialog*>(widget);
         if (dialog == nullptr || !dialog->isVisible()) {
             continue;
         }
-        if (dialog->objectName().toStdString() != m_scenes.front().window) {
-            auto* const box = qobject_cast<QMessageBox*>(dialog);
-            if (box != nullptr) { // nothing would go on behind it
-                fail(m_scenes.front().picture + ": " + box->text().toStdString());
-                escape(*box);
-                return;
-            }
-            continue;
+        if (dialog->objectName().toStdString() == m_scenes.front().window) {
+            return dialog;
         }
-        const Scene scene = std::move(m_scenes.front());
-        m_scenes.erase(m_scenes.begin());
-        take(scene.picture, dialog);
-        if (scene.act) {
-            scene.act(*dialog);
-        } else {
-            dialog->close();
+        if (qobject_cast<QMessageBox*>(dialog) != nullptr) {
+            message = dialog;
         }
-        return;
     }
+    return message;
 }
 
 void Photographer::play(std::vector<Scene> scenes, const std::function<void()>& command) {
@@ -156,7 +190,8 @@ void Photographer::play(std::vector<Scene> scenes, const std::function<void()>& 
     command();
     waitFor(last, [this]() { return m_scenes.empty(); });
     m_scenes.clear();
-    QTest::qWait(2 * menuTakes); // the last timer
+    waitFor("the end of " + last, []() { return QApplication::activeModalWidget() == nullptr; });
+    catchUp();
 }
 
 QPoint Photographer::middleOf(PaneBrowser& browser, std::size_t item) {
@@ -166,13 +201,14 @@ QPoint Photographer::middleOf(PaneBrowser& browser, std::size_t item) {
 void Photographer::start() {
     m_program->start();
     waitFor("the window", [this]() { return window().isVisible(); });
-    QTest::qWait(menuTakes);
+    window().setAnimated(false); // what has no room in the toolbar comes out at once
+    catchUp();
     take("01-empty");
     window().resize(smallest);
-    QTest::qWait(menuTakes);
+    catchUp();
     take("02-empty-smallest");
     window().resize(fourK);
-    QTest::qWait(menuTakes);
+    catchUp();
     take("02-empty-4k");
     constexpr QSize first(400, 400);
     window().resize(first);
@@ -180,15 +216,19 @@ void Photographer::start() {
 
 void Photographer::fill() {
     m_program->openFiles({m_files.front()});
-    waitFor("the first file", [this]() { return !m_program->source().images().empty(); });
+    const auto hasFiles = [this](std::size_t count) {
+        return [this, count]() { return m_program->source().pdfFilesName().size() == count; };
+    };
+    waitFor("the first file", hasFiles(1));
     settle();
     take("03-one-file");
     m_program->openFiles({m_files.begin() + 1, m_files.end()});
+    waitFor("all files", hasFiles(m_files.size()));
     settle();
     take("04-many-files-collapsed");
     source().setFocus();
     QTest::keyClick(&source(), Qt::Key_Down, Qt::ControlModifier);
-    QTest::qWait(menuTakes);
+    catchUp();
     take("04-many-files-header-has-keys");
     m_program->source().expandAllGroups();
     settle();
@@ -302,7 +342,11 @@ void Photographer::drags() {
     source().setSelectionIndexes({0}, false);
     dragPages("11-dragging-to-the-end-of-a-group", source(), 0, behind(2));
     const std::size_t last = m_program->output().images().size() - 1;
+    output().scrollIndexToVisible(last);
+    settle();
     dragPages("11-dragging-into-an-empty-group", source(), 0, behind(last));
+    output().scrollIndexToVisible(0);
+    settle();
     output().setSelectionIndexes({0}, false);
     dragPages("11-reordering", output(), 0, behind(1));
     m_program->output().collapseAllGroups();
@@ -315,7 +359,8 @@ void Photographer::openMenus() {
     output().setSelectionIndexes({0}, false);
     const auto show = [this](const std::string& name, QMenu& menu) {
         menu.popup(window().mapToGlobal(QPoint(20, 30)));
-        QTest::qWait(menuTakes);
+        waitFor(name, [&menu]() { return menu.isVisible(); });
+        catchUp();
         take(name, &menu);
         menu.close();
     };
@@ -335,15 +380,20 @@ void Photographer::preview() {
     source().setSelectionIndexes({0}, false);
     QTest::keyClick(&source(), Qt::Key_Space);
     for (QWidget* const widget : QApplication::topLevelWidgets()) {
-        if (widget->accessibleName() == QStringLiteral("Preview") && widget->isVisible()) {
-            settle();
-            take("13-preview", widget);
-            widget->resize(smallest);
-            settle();
-            take("13-preview-small", widget);
-            widget->close();
-            return;
+        auto* const preview = qobject_cast<PagePreview*>(widget);
+        if (preview == nullptr || !preview->isVisible()) {
+            continue;
         }
+        const auto whenDrawn = [this, preview](const std::string& name) {
+            settle();
+            waitFor(name, [preview]() { return preview->showsPicture(); });
+            take(name, preview);
+        };
+        whenDrawn("13-preview");
+        preview->resize(smallest);
+        whenDrawn("13-preview-small");
+        preview->close();
+        return;
     }
     fail("13-preview");
 }
@@ -374,11 +424,17 @@ void Photographer::saving() {
           {"saveToPDFWindow", "22-save-again"}},
          save);
     auto& progress = window().sheets().saveWindow;
-    play({{"saveWindow", "23-progress"}}, [&progress]() {
-        constexpr int pages = 100;
-        progress.begin(pages);
-        progress.setValue(pages * 2 / 5);
-        QTest::qWait(4 * menuTakes);
+    constexpr int pages = 100;
+    constexpr int written = 40;
+    progress.begin(pages);
+    progress.setValue(written);
+    waitFor("the progress", []() {
+        const QDialog* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        const auto* const bar = dialog != nullptr ? dialog->findChild<QProgressBar*>() : nullptr;
+        return bar != nullptr && bar->value() == written;
+    });
+    play({{"saveWindow", "23-progress"}}, [this, &progress]() {
+        waitFor("the picture of the progress", [this]() { return m_scenes.empty(); });
         progress.end();
     });
 }
@@ -397,7 +453,9 @@ void Photographer::passwords() {
 }
 
 void Photographer::importing() {
-    writeFile(made("page.html"), "<h1>A web page</h1>");
+    // Pages that are not done until they are cancelled, however fast the machine is.
+    constexpr const char* endless = "<h1>A web page</h1><script>for (;;) {}</script>";
+    writeFile(made("page.html"), endless);
     std::vector<std::string> many = {made("page.html")};
     for (int i = 0; i < 5; ++i) {
         const std::string name = made("picture-" + std::to_string(i) + ".png");
@@ -417,7 +475,7 @@ void Photographer::importing() {
 
     // Others, since those may have come in before the cancel.
     writeFile(made("dropped.png"), TestPNG(testPicture(60, 40)).bytes());
-    writeFile(made("dropped.html"), "<h1>Another web page</h1>");
+    writeFile(made("dropped.html"), endless);
     QMimeData data;
     data.setUrls({QUrl::fromLocalFile(QString::fromStdString(made("dropped.png"))),
                   QUrl::fromLocalFile(QString::fromStdString(made("dropped.html")))});

@@ -5,6 +5,7 @@
 
 #include <QDialog>
 #include <QPoint>
+#include <QPointer>
 #include <QWidget>
 #include <filesystem>
 #include <functional>
@@ -40,13 +41,16 @@ private:
 
     void fail(const std::string& what);
     void waitFor(const std::string& what, const std::function<bool()>& condition);
-    /// Until everything was read and the pictures of pages had their time.
+    /// Until the window has done what was put off until later, such as its title or a layout.
+    void catchUp();
+    /// Until everything was read and shows its pictures, and nothing moves any more.
     void settle();
     void take(const std::string& name, QWidget* widget = nullptr);
     void save(const std::string& name, const QPixmap& picture);
     /// Runs a command that opens windows, one after the other or one from the other.
     void play(std::vector<Scene> scenes, const std::function<void()>& command);
     void enact();
+    [[nodiscard]] QDialog* findScene();
     /// A file that this program makes.
     [[nodiscard]] std::string made(const std::string& name) const { return m_made / name; }
     [[nodiscard]] QPoint middleOf(PaneBrowser& browser, std::size_t item);
@@ -75,6 +79,7 @@ private:
     const TemporaryFolder m_made;
     std::unique_ptr<WindowProgram> m_program;
     std::vector<Scene> m_scenes; ///< that are to come
+    QPointer<QDialog> m_seen;    ///< at the last look
     int m_failures = 0;
 };
 

@@ -125,6 +125,22 @@ TEST_F(WindowFilesTest, TheImportPanelOffersWebPagesAndDocuments) {
     }
 }
 
+TEST_F(WindowFilesTest, EachPanelIsTitledAsItsCommand) {
+    start();
+    Texts titles;
+    const auto note = [&titles](QDialog& dialog) {
+        titles.push_back(dialog.windowTitle().toStdString());
+        dialog.reject();
+    };
+    whenShown("openPanel", note);
+    menus().addFiles.trigger();
+    waitFor("the panel", [this]() { return allShown(); });
+    whenShown("openPanel", note);
+    menus().importDocuments.trigger();
+    waitFor("the other panel", [this]() { return allShown(); });
+    EXPECT_THAT(titles, ElementsAre("Add Files", "Import Documents"));
+}
+
 TEST_F(WindowFilesTest, DroppedFilesBecomeGroups) {
     start();
     EXPECT_TRUE(dropFiles(sourceBrowser(), {picture("b.png"), pdf("a.pdf", 2)}));

@@ -1,7 +1,10 @@
 #include "tests/app/window/WindowFixture.h"
 
+#include <QDialog>
 #include <QImage>
 #include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -48,6 +51,27 @@ TEST_F(WindowLookTest, ThePaneThatHasTheKeysIsMarked) {
     QTest::keyClick(&sourceBrowser(), Qt::Key_F6);
     EXPECT_FALSE(isMarked(window().sourcePane()));
     EXPECT_TRUE(isMarked(window().outputPane()));
+}
+
+TEST_F(WindowLookTest, APaneHasTheKeysAgainAfterAMenuAndASheet) {
+    start();
+    open({pdf("a.pdf", 1)});
+    addAllToOutput();
+    outputBrowser().setFocus();
+    QMenuBar& bar = *window().menuBar();
+    QMenu& menu = menus().edit;
+    QTest::mouseClick(&bar, Qt::LeftButton, {}, bar.actionGeometry(menu.menuAction()).center());
+    waitFor("the menu", [&menu]() { return menu.isVisible(); });
+    QTest::keyClick(&menu, Qt::Key_Escape);
+    ASSERT_TRUE(bar.hasFocus());
+    whenShown("groupNameWindow", [this](QDialog& dialog) {
+        waitFor("the sheet has the keys", [&dialog]() { return dialog.isActiveWindow(); });
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+    });
+    menus().newGroup.trigger();
+    window().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
+    EXPECT_TRUE(outputBrowser().hasFocus());
 }
 
 TEST_F(WindowLookTest, KeysMoveTheDivider) {

@@ -6,6 +6,7 @@
 #include <QProcess>
 #include <QStyleFactory>
 #include <array>
+#include <cstddef>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -43,6 +44,7 @@ int takePictures(int argc, char** argv, const std::string& variant,
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("fusion")));
     QApplication::setApplicationDisplayName(QStringLiteral("Quillorn Folivane"));
     QApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setCursorFlashTime(0); // or a picture would have it and the next one not
     QApplication::setWindowIcon(
         QIcon(QStringLiteral(QUILLORN_PROGRAM_FOLDER "/resources/quillorn-folivane.png")));
     if (variant == "dark") {
@@ -54,11 +56,13 @@ int takePictures(int argc, char** argv, const std::string& variant,
 }
 
 /// The scale of the screen is known to Qt before its application object, so each variant is a
-/// process of its own.
+/// process of its own. All of them work at the same time.
 int startVariants(const QStringList& words) {
     int status = 0;
-    for (const std::string_view variant : variants) {
-        QProcess process;
+    std::array<QProcess, variants.size()> processes;
+    for (std::size_t i = 0; i < variants.size(); ++i) {
+        const std::string_view variant = variants.at(i);
+        QProcess& process = processes.at(i);
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("QT_SCALE_FACTOR"),
                            variant == "large" ? QStringLiteral("2") : QStringLiteral("1"));
@@ -69,6 +73,8 @@ int startVariants(const QStringList& words) {
             QStringList{QLatin1String(variantOption),
                         QString::fromUtf8(variant.data(), static_cast<qsizetype>(variant.size()))} +
                 words);
+    }
+    for (QProcess& process : processes) {
         const bool hasEnded = process.waitForFinished(-1);
         if (!hasEnded || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
             status = 1;

@@ -1,7 +1,12 @@
 #include "platform/browser/BrowserLook.h"
 
+#include <QColor>
 #include <QFontMetrics>
+#include <QImage>
+#include <QPalette>
+#include <cstddef>
 #include <gtest/gtest.h>
+#include <vector>
 
 namespace quillorn {
 namespace {
@@ -36,6 +41,43 @@ TEST(HeaderTexts, AShortTitleLeavesTheCountItsRoom) {
     const HeaderTexts texts = BrowserLook::headerTexts(QRect(0, 0, room, 24), font, headerOf("a"));
     EXPECT_EQ(texts.title, QStringLiteral("a"));
     EXPECT_FALSE(texts.count.isEmpty());
+}
+
+/// The smallest rectangle around all pixels of a colour.
+QRect placeOf(const QImage& picture, const QColor& color) {
+    QRect place;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            if (picture.pixelColor(x, y) == color) {
+                place |= QRect(x, y, 1, 1);
+            }
+        }
+    }
+    return place;
+}
+
+TEST(DragPicture, TheNumberOfPagesIsOnTheCornerOfThePages) {
+    QPalette palette;
+    palette.setColor(QPalette::Highlight, Qt::red);
+    palette.setColor(QPalette::HighlightedText, Qt::blue); // white is the paper
+    const BrowserLook look(palette, QFont(), 1, false);
+    PagePicture tall;
+    tall.size = QSizeF(200, 1000);
+    PagePicture wide;
+    wide.size = QSizeF(1000, 200);
+    for (const PagePicture& page : {tall, wide}) {
+        for (const std::size_t count : {1U, 3U}) {
+            const QImage picture =
+                look.dragPicture(std::vector<PagePicture>(count, page), count).toImage();
+            const QRect paper = placeOf(picture, Qt::white);
+            const QRect number = placeOf(picture, Qt::red);
+            ASSERT_FALSE(number.isEmpty());
+            EXPECT_TRUE(number.intersects(paper)) << page.size.width() << ", " << count;
+            EXPECT_TRUE(number.contains(paper.right(), number.center().y()));
+            EXPECT_LT(number.center().y(), paper.center().y());
+            EXPECT_TRUE(picture.rect().adjusted(1, 1, -1, -1).contains(number)) << "whole";
+        }
+    }
 }
 
 } // namespace

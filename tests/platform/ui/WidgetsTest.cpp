@@ -1,4 +1,5 @@
 #include "platform/ui/widgets/ActivityPanel.h"
+#include "platform/ui/widgets/InputGuard.h"
 #include "platform/ui/widgets/MessageLine.h"
 #include "platform/ui/widgets/WidgetControls.h"
 #include "platform/ui/widgets/WidgetDesktop.h"
@@ -7,6 +8,8 @@
 #include "platform/ui/widgets/WidgetText.h"
 #include "tests/platform/ui/WaitForStop.h"
 
+#include <QAbstractButton>
+#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QDialog>
@@ -212,6 +215,51 @@ TEST_F(WidgetLongWorkTest, CanBeCancelledInItsWindow) {
     });
     look.start(5);
     EXPECT_FALSE(m_work.run("Working", waitForStop));
+}
+
+void pressByScreenReader(QAbstractButton& button) {
+    QAccessible::queryAccessibleInterface(&button)->actionInterface()->doAction(
+        QAccessibleActionInterface::pressAction());
+}
+
+TEST_F(WidgetLongWorkTest, AScreenReaderPressesCancelAndNothingBehindIt) {
+    QPushButton button(&m_window);
+    int commands = 0;
+    QObject::connect(&button, &QPushButton::clicked, &button,
+                     whileTakingInput(m_window, [&commands]() { ++commands; }));
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, &look, [&button, &look]() {
+        for (QWidget* const widget : QApplication::topLevelWidgets()) {
+            if (widget->objectName() == QStringLiteral("longWork") && widget->isVisible()) {
+                look.stop(); // a button that is pressed again and again is never let go
+                pressByScreenReader(button);
+                EXPECT_FALSE(InputGuard::takesInput(button));
+                EXPECT_TRUE(InputGuard::takesInput(*widget));
+                pressByScreenReader(*widget->findChild<QPushButton*>());
+            }
+        }
+    });
+    look.start(5);
+    EXPECT_FALSE(m_work.run("Working", waitForStop)) << "it was cancelled";
+    EXPECT_TRUE(QTest::qWaitFor([&button]() { return !button.isDown(); }, patience));
+    EXPECT_EQ(commands, 0);
+    pressByScreenReader(button);
+    EXPECT_TRUE(QTest::qWaitFor([&commands]() { return commands == 1; }, patience));
+}
+
+TEST(InputGuard, AWindowBehindAModalOneTakesNoInput) {
+    QWidget window;
+    window.show();
+    EXPECT_TRUE(InputGuard::takesInput(window));
+    QDialog sheet(&window);
+    sheet.setWindowModality(Qt::WindowModal);
+    sheet.show();
+    QWidget menu(&sheet, Qt::Popup);
+    EXPECT_FALSE(InputGuard::takesInput(window));
+    EXPECT_TRUE(InputGuard::takesInput(sheet));
+    EXPECT_TRUE(InputGuard::takesInput(menu)) << "which the sheet opened";
+    sheet.hide();
+    EXPECT_TRUE(InputGuard::takesInput(window));
 }
 
 TEST_F(WidgetLongWorkTest, WhatOtherThreadsDoIsCancelledInThePanel) {
