@@ -104,6 +104,10 @@ void WebPlace::makeQuiet() {
     send("Emulation.setEmulatedMedia", {{"media", "print"}});
     send("DOM.enable", JSON::object());
     send("CSS.enable", JSON::object());
+    // Freezing hides it, too, and that stays: what moves in a page must not go on moving while
+    // the place waits for the next one.
+    send("Page.setWebLifecycleState", {{"state", "frozen"}});
+    send("Page.setWebLifecycleState", {{"state", "active"}});
 }
 
 void WebPlace::clear() {

@@ -263,11 +263,14 @@ WebResult<int> WebView::prepareForPaper(const PrintInfo& info) {
     }
     if (!m_isCutShort) {
         // Fonts and pictures that only paper needs are asked for now. Whatever does not come
-        // soon is printed without.
-        const auto ready = m_session->evaluate("window.dispatchEvent(new Event('beforeprint'));"
-                                               "document.body && document.body.offsetHeight;"
-                                               "document.fonts.ready.then(() => true)",
-                                               soon());
+        // soon is printed without. What fades in is there at once; only what moves for ever has
+        // no end to go to.
+        const auto ready = m_session->evaluate(
+            "window.dispatchEvent(new Event('beforeprint'));"
+            "document.body && document.body.offsetHeight;"
+            "document.getAnimations().forEach(one => { try { one.finish() } catch {} });"
+            "document.fonts.ready.then(() => true)",
+            soon());
         if (!ready && m_session->hasCrashed()) {
             return tl::unexpected(ready.error());
         }

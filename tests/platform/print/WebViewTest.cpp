@@ -1,3 +1,4 @@
+#include "tests/fakes/Program.h"
 #include "tests/fakes/TestPDF.h"
 #include "tests/fakes/WebArchiveFile.h"
 #include "tests/platform/print/WebFixture.h"
@@ -53,6 +54,25 @@ TEST_F(WebViewTest, UsesTheStylesForPaper) {
     EXPECT_THAT(printed("<style>@media screen{.p{display:none}} @media print{.s{display:none}}"
                         "</style><p class=s>on the screen</p><p class=p>on paper</p>"),
                 AllOf(HasSubstr("on paper"), Not(HasSubstr("on the screen"))));
+}
+
+TEST_F(WebViewTest, WhatFadesInIsOnPaper) {
+    const auto picture = [this](const std::string& html) {
+        static_cast<void>(printed(html));
+        const ProgramResult drawn =
+            Program("pdftoppm", {"-r", "50", "-gray", "-singlefile", output.string()}).run();
+        EXPECT_EQ(drawn.status, 0) << drawn.errors;
+        return drawn.output;
+    };
+    const std::string html = "<style>@media print { b { color: black!important } }</style>"
+                             "<p>faded in</p><b style='color:white'>blackened</b>";
+    const std::string moving = "<style>@keyframes in { from { opacity: 0 } }"
+                               "p { animation: in 60s } b { transition: color 60s }"
+                               "@keyframes on { to { opacity: 1 } }"
+                               "body { animation: on 60s infinite }</style>";
+    for (const char* const script : {"", "<script>1</script>"}) {
+        EXPECT_TRUE(picture(html + moving + script) == picture(html + script)) << script;
+    }
 }
 
 TEST_F(WebViewTest, LetsPagesPrepareForPrinting) {
