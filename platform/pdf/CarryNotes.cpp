@@ -33,7 +33,7 @@ Wording wordingOf(PDFCarryNote::Kind kind) {
                 "it describes the whole document; the plain form fields are kept"};
     case Kind::structureLost:
         return {"structure-dropped", "structure tree dropped", "structure trees dropped",
-                "it describes pages that are not there"};
+                "it describes a whole document and nothing beside it"};
     case Kind::outputIntentLost:
         return {"output-intent-dropped", "output intent dropped", "output intents dropped",
                 "the documents name different printing conditions"};
