@@ -64,6 +64,8 @@ struct Placed {
     const SeenDocument* from = nullptr;
     std::size_t page = 0; ///< index in the source
     int turn = 0;         ///< degrees added
+
+    bool operator==(const Placed&) const = default;
 };
 
 /// The words of ASCII letters and digits in a text, in any order.
@@ -96,8 +98,13 @@ protected:
         return pages;
     }
 
-    /// Composes the pages through a document, as the program does, and looks at the output.
+    /// Composes the pages through a document, as the program does, and looks at the output, unless
+    /// it has done so: one page in reverse is what it was before.
     void composeAndCompare(const std::vector<Placed>& pages) {
+        if (std::ranges::find(m_composed, pages) != m_composed.end()) {
+            return;
+        }
+        m_composed.push_back(pages);
         PDFDocument output;
         std::map<const SeenDocument*, PDFDocument> inputs;
         for (const Placed& placed : pages) {
@@ -205,11 +212,15 @@ private:
             sourcesWarned = sourcesWarned || placed.from->verdict().exitStatus == 3;
         }
         EXPECT_EQ(pageCountByQPDF(file), pages.size());
-        EXPECT_EQ(complaintsOnRewriting(file), "");
+        bool isFlawless = false;
         if (sourcesAccepted) {
             const Verdict verdict = checkWithQPDF(file);
             EXPECT_TRUE(verdict.exitStatus == 0 || (sourcesWarned && verdict.exitStatus == 3))
                 << verdict.text;
+            isFlawless = verdict.exitStatus == 0;
+        }
+        if (!isFlawless) { // the check has rewritten it, too, and would have told
+            EXPECT_EQ(complaintsOnRewriting(file), "");
         }
     }
 
@@ -269,6 +280,7 @@ private:
 
     tests::TemporaryFolder m_folder;
     std::unique_ptr<SeenDocument> m_subject;
+    std::vector<std::vector<Placed>> m_composed;
 };
 
 // One test a document: what other programs see of it takes longest, and serves every order.
