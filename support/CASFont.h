@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier): fontconfig's own name
+// NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): fontconfig's own name
 struct _FcFontSet;
 
 /// Style flags of a font.

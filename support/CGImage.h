@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <memory>
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier): cairo's own name
+// NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): cairo's own name
 struct _cairo_surface;
 
 /// A decoded picture over a cairo surface; its pixels do not change. May be read by any thread.

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier): cairo's own name
+// NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): cairo's own name
 struct _cairo_font_face;
-// NOLINTNEXTLINE(bugprone-reserved-identifier): fontconfig's own name
+// NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): fontconfig's own name
 struct _FcFontSet;
 
 /// PostScript names of a family's members: normal widths first, then the lightest and most upright.

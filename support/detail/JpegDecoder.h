@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier): cairo's own name
+// NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): cairo's own name
 struct _cairo_surface;
 
 /// Decodes a JPEG stream (grey, YCbCr, RGB, CMYK) into a new RGB24 cairo surface that the caller

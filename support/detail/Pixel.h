@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier): cairo's own name
+// NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): cairo's own name
 struct _cairo_surface;
 
 /// A pixel of a 32-bit cairo image surface as 0xAARRGGBB, colour not multiplied by alpha; 0 outside
